@@ -1,0 +1,26 @@
+# SPDX-License-Identifier: Apache-2.0
+include(CMakePackageConfigHelpers)
+
+set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/naxfewxmldb")
+
+install(TARGETS naxfewxmldb EXPORT naxfewxmldb_targets
+        LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
+        INCLUDES DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+install(DIRECTORY include/naxfewxmldb "src/platform/${NAXFEWXMLDB_PLATFORM}/include/naxfewxmldb"
+        DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" FILES_MATCHING PATTERN "*.h")
+install(EXPORT naxfewxmldb_targets NAMESPACE naxfewxmldb:: DESTINATION "${package_dir}")
+
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/naxfewxmldb-config-version.cmake"
+                                 COMPATIBILITY SameMinorVersion)
+install(FILES cmake/naxfewxmldb-config.cmake
+              "${PROJECT_BINARY_DIR}/naxfewxmldb-config-version.cmake"
+        DESTINATION "${package_dir}")
+
+configure_file(cmake/naxfewxmldb.pc.in "${PROJECT_BINARY_DIR}/naxfewxmldb.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/naxfewxmldb.pc"
+        DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+
+if(NAXFEWXMLDB_BUILD_TOOLS)
+  install(TARGETS landscape-validator RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+endif()
+install(FILES LICENSE README.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")

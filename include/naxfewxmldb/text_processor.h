@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <naxfewxmldb/export.h>
+
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace Nax::FrontEnd::XMLDB {
+
+/// Splitting, trimming, replacing and XML escaping of narrow text. Immutable after construction:
+/// may be used by several threads. Nothing fails except for want of memory.
+class NAXFEWXMLDB_EXPORT TextProcessor {
+public:
+    using Replacements = std::vector<std::pair<std::string, std::string>>;
+
+    TextProcessor();
+
+    /// The pieces between the separators: always one more than there are separators, empty ones
+    /// included.
+    std::vector<std::string> Split(std::string_view text, char separator) const;
+
+    /// Replaces every occurrence of each search text, pair by pair in list order: a later pair
+    /// sees what an earlier one wrote. An empty search text is skipped.
+    std::string ReplaceAll(std::string text, const Replacements& replacements) const;
+    /// The same over two parallel lists; surplus entries of the longer one are ignored.
+    std::string ReplaceAll(std::string text, const std::vector<std::string>& searches,
+                           const std::vector<std::string>& replacements) const;
+
+    /// Doubles single quotes, for use between single quotes in SQL.
+    std::string EscapeSql(std::string text) const;
+    /// Replaces each character of the XML escape table once.
+    std::string EscapeXml(std::string_view text) const;
+
+    /// Without leading or trailing blanks and white space characters.
+    std::string_view TrimLeft(std::string_view text) const;
+    std::string_view TrimRight(std::string_view text) const;
+
+private:
+    bool IsBlank(char character) const;
+
+    std::vector<std::string> m_whitespace;
+    Replacements m_xmlEscapes;
+};
+
+} // namespace Nax::FrontEnd::XMLDB

@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/host.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace Nax::FrontEnd::XMLDB {
+
+namespace {
+
+constexpr char kLockFile[] = ".landscape-validator.lock";
+
+class CFolderLock : public IFolderLock {
+public:
+    CFolderLock(int file, std::string path) : m_file(file), m_path(std::move(path)) {}
+    CFolderLock(const CFolderLock&) = delete;
+    CFolderLock& operator=(const CFolderLock&) = delete;
+    ~CFolderLock() override {
+        // Removed while held: whoever opened it meanwhile finds another file under the name.
+        unlink(m_path.c_str());
+        close(m_file);
+    }
+
+private:
+    int m_file;
+    std::string m_path;
+};
+
+bool IsStillNamed(int file, const std::string& path) {
+    struct stat held = {};
+    struct stat named = {};
+    return fstat(file, &held) == 0 && stat(path.c_str(), &named) == 0 &&
+           held.st_dev == named.st_dev && held.st_ino == named.st_ino;
+}
+
+} // namespace
+
+LockOutcome LockFolder(const std::string& folder, std::unique_ptr<IFolderLock>& lock,
+                       std::string& message) {
+    const std::string path = folder + "/" + kLockFile;
+    for (;;) {
+        const int file = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+        if (file < 0) {
+            message = std::generic_category().message(errno);
+            return LockOutcome::Failed;
+        }
+        if (flock(file, LOCK_EX | LOCK_NB) != 0) {
+            const int code = errno;
+            close(file);
+            message = std::generic_category().message(code);
+            return code == EWOULDBLOCK ? LockOutcome::HeldElsewhere : LockOutcome::Failed;
+        }
+        if (IsStillNamed(file, path)) {
+            lock = std::make_unique<CFolderLock>(file, path);
+            return LockOutcome::Taken;
+        }
+        close(file);
+    }
+}
+
+bool IsStandardOutputTerminal() {
+    return isatty(STDOUT_FILENO) == 1;
+}
+
+bool IsStandardErrorTerminal() {
+    return isatty(STDERR_FILENO) == 1;
+}
+
+} // namespace Nax::FrontEnd::XMLDB

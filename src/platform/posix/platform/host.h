@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// What a command-line host needs of the system beyond the standard library. Built apart from the
+// library: its exported surface does not grow by what only a program needs.
+#include <memory>
+#include <string>
+
+namespace Nax::FrontEnd::XMLDB {
+
+/// Holds a folder for one process at a time. Released by destruction and by the end of the
+/// process, however it ends.
+class IFolderLock {
+public:
+    virtual ~IFolderLock() = default;
+};
+
+enum class LockOutcome { Taken, HeldElsewhere, Failed };
+
+/// Takes the lock of an existing folder by a hidden file in it. `message` says why it failed.
+LockOutcome LockFolder(const std::string& folder, std::unique_ptr<IFolderLock>& lock,
+                       std::string& message);
+
+bool IsStandardOutputTerminal();
+bool IsStandardErrorTerminal();
+
+} // namespace Nax::FrontEnd::XMLDB

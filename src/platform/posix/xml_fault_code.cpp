@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/xml_stream.h"
+
+#include <libxml/xmlerror.h>
+
+namespace Nax::FrontEnd::XMLDB {
+
+bool IsSchemaFault(long errorCode) noexcept {
+    return errorCode >= XML_SCHEMAV_NOROOT && errorCode <= XML_SCHEMAV_MISC;
+}
+
+} // namespace Nax::FrontEnd::XMLDB

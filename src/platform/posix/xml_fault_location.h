@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "xml_fault.h"
+#include "xml_source.h"
+
+#include <string_view>
+
+namespace Nax::FrontEnd::XMLDB {
+
+/// Fills line, position and source text of all faults that have an offset.
+///
+/// One more sweep over the source, so the cost is linear in the source and the faults, however
+/// long its lines are; a few kilobytes of it are in memory at a time.
+void LocateFaults(CXmlSource& source, std::vector<SXmlFault>& faults);
+
+/// Where the attribute named `name` (as written) begins in a start tag's text; npos when it is not
+/// there. `tag` begins with '<'.
+std::size_t FindAttributeInTag(std::string_view tag, std::string_view name);
+
+} // namespace Nax::FrontEnd::XMLDB

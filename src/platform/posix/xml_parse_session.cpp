@@ -1,0 +1,144 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "xml_parse_session.h"
+
+#include "xml_com_object.h"
+#include "xml_fault_text.h"
+
+#include <libxml/SAX2.h>
+#include <libxml/parserInternals.h>
+
+namespace Nax::FrontEnd::XMLDB {
+
+CXmlParseSession::CXmlParseSession(CXmlSource& source, bool prohibitDtd)
+    : m_source(source), m_prohibitDtd(prohibitDtd) {}
+
+CXmlParseSession::~CXmlParseSession() {
+    TakeDocument();
+}
+
+TDocHandle CXmlParseSession::TakeDocument() noexcept {
+    return TDocHandle(m_parser == nullptr ? nullptr : std::exchange(m_parser->myDoc, nullptr));
+}
+
+xmlParserInputPtr CXmlParseSession::Input() const noexcept {
+    return m_parser->inputTab[0];
+}
+
+std::size_t CXmlParseSession::OffsetOf(const xmlChar* place) const noexcept {
+    return static_cast<std::size_t>(Input()->consumed) +
+           static_cast<std::size_t>(place - Input()->base);
+}
+
+void CXmlParseSession::Run(xmlSAXHandler& handler) {
+    handler.internalSubset = OnInternalSubset;
+    handler.entityDecl = OnEntityDeclaration;
+    handler.getEntity = OnGetEntity;
+    handler.getParameterEntity = OnGetParameterEntity;
+    handler.warning = nullptr;
+    handler.error = nullptr;
+    handler.serror = nullptr;
+
+    const CXmlLibraryGuard guard(EXmlLoading::Nothing, this);
+    m_source.Rewind();
+    m_parser.reset(xmlCreateIOParserCtxt(&handler, nullptr, ReadSource, nullptr, this,
+                                         XML_CHAR_ENCODING_NONE));
+    if (m_parser == nullptr) {
+        throw std::bad_alloc();
+    }
+    m_parser->_private = static_cast<CXmlParseSession*>(this);
+    xmlCtxtUseOptions(m_parser.get(), XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_NOENT |
+                                          XML_PARSE_COMPACT |
+                                          (m_source.IgnoresDeclaration() ? XML_PARSE_IGNORE_ENC : 0));
+    xmlParseDocument(m_parser.get());
+    if (!m_source.Failure().empty()) {
+        m_fatal = SXmlFault{.code = XML_IO_UNKNOWN,
+                            .reason = "The file cannot be read: " + m_source.Failure() + "."};
+    } else if (!m_fatal && m_parser->wellFormed == 0) {
+        SetFatal(m_parser->errNo, "The document is not well-formed.");
+    }
+}
+
+int CXmlParseSession::ReadSource(void* context, char* buffer, int size) noexcept {
+    auto* session = static_cast<CXmlParseSession*>(context);
+    // After the fault nothing more is wanted; the end of the input ends the parser safely.
+    return session->m_fatal ? 0 : session->m_source.Read(buffer, size);
+}
+
+void CXmlParseSession::SetFatal(int code, std::string reason) noexcept {
+    if (!m_fatal) {
+        const std::size_t offset = m_parser == nullptr || Input() == nullptr
+                                       ? SXmlFault::NoOffset
+                                       : Offset();
+        m_fatal = SXmlFault{.code = code == 0 ? XML_ERR_INTERNAL_ERROR : code,
+                            .reason = std::move(reason),
+                            .offset = offset};
+    }
+}
+
+void CXmlParseSession::OnXmlError(const xmlError& error) noexcept {
+    try {
+        if (error.domain == XML_FROM_SCHEMASV) {
+            OnSchemaError(error);
+        } else if (error.level >= XML_ERR_ERROR && error.domain != XML_FROM_VALID && !m_fatal) {
+            SetFatal(error.code, DescribeSyntaxFault(error));
+        }
+    } catch (const std::exception&) {
+        SetFatal(XML_ERR_NO_MEMORY, std::string());
+    }
+}
+
+void CXmlParseSession::OnSchemaError(const xmlError& /*error*/) {}
+
+bool CXmlParseSession::CountDefaulted(int defaulted, int count,
+                                      const xmlChar** attributes) noexcept {
+    constexpr std::size_t limit = 10'000'000;
+    for (int at = count - defaulted; at < count; ++at) {
+        m_defaultedBytes += static_cast<std::size_t>(attributes[at * 5 + 4] -
+                                                     attributes[at * 5 + 3]);
+    }
+    if (m_defaultedBytes > limit + 2 * Offset()) {
+        SetFatal(XML_ERR_ENTITY_LOOP,
+                 "The document's default attribute values expand into too much text.");
+        return false;
+    }
+    return true;
+}
+
+void CXmlParseSession::OnInternalSubset(void* context, const xmlChar* name,
+                                        const xmlChar* publicId, const xmlChar* systemId) {
+    auto* session = SessionOf<CXmlParseSession>(context);
+    if (session->m_prohibitDtd) {
+        session->SetFatal(XML_ERR_DOCTYPE_NOT_FINISHED,
+                          "The document has a document type declaration (DOCTYPE), which is not "
+                          "allowed.");
+    }
+    xmlSAX2InternalSubset(context, name, publicId, systemId);
+}
+
+void CXmlParseSession::OnEntityDeclaration(void* context, const xmlChar* name, int type,
+                                           const xmlChar* publicId, const xmlChar* systemId,
+                                           xmlChar* content) {
+    static_cast<xmlParserCtxtPtr>(context)->options &= ~XML_PARSE_HUGE;
+    xmlSAX2EntityDecl(context, name, type, publicId, systemId, content);
+}
+
+xmlEntityPtr CXmlParseSession::OnGetEntity(void* context, const xmlChar* name) {
+    return SessionOf<CXmlParseSession>(context)->Allowed(xmlSAX2GetEntity(context, name));
+}
+
+xmlEntityPtr CXmlParseSession::OnGetParameterEntity(void* context, const xmlChar* name) {
+    return SessionOf<CXmlParseSession>(context)->Allowed(xmlSAX2GetParameterEntity(context, name));
+}
+
+xmlEntityPtr CXmlParseSession::Allowed(xmlEntityPtr entity) noexcept {
+    if (entity == nullptr || (entity->etype != XML_EXTERNAL_GENERAL_PARSED_ENTITY &&
+                              entity->etype != XML_EXTERNAL_PARAMETER_ENTITY)) {
+        return entity;
+    }
+    SetFatal(XML_ERR_ENTITYREF_NO_NAME,
+             "The document refers to the external entity " + Quoted(ViewOf(entity->name)) +
+                 "; external entities are not loaded.");
+    return nullptr;
+}
+
+} // namespace Nax::FrontEnd::XMLDB

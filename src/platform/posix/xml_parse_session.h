@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "xml_fault.h"
+#include "xml_handles.h"
+#include "xml_loader.h"
+#include "xml_source.h"
+
+#include <optional>
+
+namespace Nax::FrontEnd::XMLDB {
+
+/// One parse of one source by the pull parser, with the policy that every document is under:
+///
+/// - depth and text length are not limited, so real documents pass however large they are;
+/// - as soon as an entity is declared the parser's own limits are switched back on, which bound
+///   what entities expand to; default attribute values are bounded in the same spirit;
+/// - external entities and DTDs are never read, and a reference to one is a fault;
+/// - the first fault that makes the text no well-formed document ends the parse.
+///
+/// Derived classes say what happens with the events. One object parses once, on one thread.
+class CXmlParseSession : public IXmlErrorReceiver {
+public:
+    CXmlParseSession(CXmlSource& source, bool prohibitDtd);
+    CXmlParseSession(const CXmlParseSession&) = delete;
+    CXmlParseSession& operator=(const CXmlParseSession&) = delete;
+    ~CXmlParseSession() override;
+
+    /// The fault that ended the parse, if any.
+    const std::optional<SXmlFault>& Fatal() const noexcept { return m_fatal; }
+
+    void OnXmlError(const xmlError& error) noexcept override;
+
+protected:
+    /// Parses with `handler`, whose operations get the parser context; SessionOf leads back here.
+    void Run(xmlSAXHandler& handler);
+
+    template <class Session>
+    static Session* SessionOf(void* context) noexcept {
+        return static_cast<Session*>(
+            static_cast<CXmlParseSession*>(static_cast<xmlParserCtxtPtr>(context)->_private));
+    }
+
+    xmlParserCtxtPtr Parser() const noexcept { return m_parser.get(); }
+    TDocHandle TakeDocument() noexcept;
+    /// The document's own input, also while an entity is read.
+    xmlParserInputPtr Input() const noexcept;
+    std::size_t OffsetOf(const xmlChar* place) const noexcept;
+    std::size_t Offset() const noexcept { return OffsetOf(Input()->cur); }
+
+    void SetFatal(int code, std::string reason) noexcept;
+    /// False, and a fault, when defaulted attributes outgrow the document.
+    bool CountDefaulted(int defaulted, int count, const xmlChar** attributes) noexcept;
+    virtual void OnSchemaError(const xmlError& error);
+
+private:
+    static int ReadSource(void* context, char* buffer, int size) noexcept;
+    static void OnInternalSubset(void* context, const xmlChar* name, const xmlChar* publicId,
+                                 const xmlChar* systemId);
+    static void OnEntityDeclaration(void* context, const xmlChar* name, int type,
+                                    const xmlChar* publicId, const xmlChar* systemId,
+                                    xmlChar* content);
+    static xmlEntityPtr OnGetEntity(void* context, const xmlChar* name);
+    static xmlEntityPtr OnGetParameterEntity(void* context, const xmlChar* name);
+    xmlEntityPtr Allowed(xmlEntityPtr entity) noexcept;
+
+    CXmlSource& m_source;
+    bool m_prohibitDtd;
+    std::optional<SXmlFault> m_fatal;
+    std::size_t m_defaultedBytes = 0;
+    TParserHandle m_parser;
+};
+
+} // namespace Nax::FrontEnd::XMLDB

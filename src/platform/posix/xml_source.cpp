@@ -1,0 +1,224 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "xml_source.h"
+
+#include "xml_com_object.h"
+#include "xml_source_encoding.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <iconv.h>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace Nax::FrontEnd::XMLDB {
+
+namespace {
+
+constexpr std::size_t ChunkSize = 128 * 1024;
+constexpr std::size_t HeadSize = 1024;
+
+std::string SystemReason(int code) {
+    return std::generic_category().message(code);
+}
+
+int OpenForReading(const std::string& path) {
+    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
+    if (file < 0) {
+        throw CXmlFailure("The file \"" + path + "\" cannot be opened: " + SystemReason(errno) +
+                          ".");
+    }
+    return file;
+}
+
+std::string ReadAll(int file, const std::string& path) {
+    std::string text;
+    std::vector<char> chunk(ChunkSize);
+    for (;;) {
+        const ssize_t count = ::read(file, chunk.data(), chunk.size());
+        if (count == 0) {
+            return text;
+        }
+        if (count > 0) {
+            text.append(chunk.data(), static_cast<std::size_t>(count));
+        } else if (errno != EINTR) {
+            throw CXmlFailure("The file \"" + path +
+                              "\" cannot be read: " + SystemReason(errno) + ".");
+        }
+    }
+}
+
+} // namespace
+
+struct CXmlSource::SConverter {
+    explicit SConverter(iconv_t opened) : handle(opened), raw(ChunkSize) {}
+    SConverter(const SConverter&) = delete;
+    SConverter& operator=(const SConverter&) = delete;
+    ~SConverter() { iconv_close(handle); }
+
+    iconv_t handle;
+    std::vector<char> raw;
+    std::size_t rawSize = 0; ///< bytes not yet converted, at the front of `raw`
+    bool atEnd = false;
+};
+
+CXmlSource::CXmlSource() : m_chunk(ChunkSize) {}
+
+CXmlSource::~CXmlSource() {
+    if (m_file >= 0) {
+        ::close(m_file);
+    }
+}
+
+std::unique_ptr<CXmlSource> CXmlSource::FromFile(const std::string& path) {
+    std::unique_ptr<CXmlSource> source(new CXmlSource());
+    source->m_file = OpenForReading(path);
+    struct stat status = {};
+    if (::fstat(source->m_file, &status) == 0 && S_ISDIR(status.st_mode)) {
+        throw CXmlFailure("\"" + path + "\" is a directory, not a file.");
+    }
+    if (!S_ISREG(status.st_mode)) {
+        source->m_text = ReadAll(source->m_file, path);
+        ::close(source->m_file);
+        source->m_file = -1;
+    }
+    source->Examine();
+    if (!source->m_failure.empty()) {
+        throw CXmlFailure("The file \"" + path + "\" cannot be read: " + source->m_failure + ".");
+    }
+    return source;
+}
+
+std::unique_ptr<CXmlSource> CXmlSource::FromText(std::string text) {
+    std::unique_ptr<CXmlSource> source(new CXmlSource());
+    source->m_text = std::move(text);
+    source->m_ignoresDeclaration = true;
+    source->m_isEmpty = source->m_text.empty();
+    source->m_rawStart = source->m_text.starts_with("\xEF\xBB\xBF") ? 3 : 0;
+    source->Rewind();
+    return source;
+}
+
+void CXmlSource::Examine() {
+    char head[HeadSize];
+    const long size = ReadRaw(head, sizeof(head));
+    if (size > 0) {
+        const SXmlEncoding encoding = DetectEncoding({head, static_cast<std::size_t>(size)});
+        m_rawStart = encoding.markLength;
+        m_ignoresDeclaration = m_rawStart > 0;
+        const iconv_t handle = encoding.name.empty()
+                                   ? reinterpret_cast<iconv_t>(-1)
+                                   : iconv_open("UTF-8", encoding.name.c_str());
+        if (handle != reinterpret_cast<iconv_t>(-1)) {
+            m_converter = std::make_unique<SConverter>(handle);
+            m_ignoresDeclaration = true;
+        }
+    }
+    m_isEmpty = size == 0;
+    Rewind();
+}
+
+void CXmlSource::Rewind() noexcept {
+    m_rawPosition = m_rawStart;
+    m_chunkPosition = 0;
+    m_chunkSize = 0;
+    if (m_converter != nullptr) {
+        iconv(m_converter->handle, nullptr, nullptr, nullptr, nullptr);
+        m_converter->rawSize = 0;
+        m_converter->atEnd = false;
+    }
+}
+
+long CXmlSource::ReadRaw(char* buffer, std::size_t size) noexcept {
+    if (m_file < 0) {
+        const std::size_t count = std::min(size, m_text.size() - m_rawPosition);
+        std::memcpy(buffer, m_text.data() + m_rawPosition, count);
+        m_rawPosition += count;
+        return static_cast<long>(count);
+    }
+    for (;;) {
+        const ssize_t count = ::pread(m_file, buffer, size, static_cast<off_t>(m_rawPosition));
+        if (count >= 0) {
+            m_rawPosition += static_cast<std::size_t>(count);
+            return count;
+        }
+        if (errno != EINTR) {
+            m_failure = SystemReason(errno);
+            return -1;
+        }
+    }
+}
+
+bool CXmlSource::Fill() noexcept {
+    m_chunkPosition = 0;
+    m_chunkSize = 0;
+    if (m_converter != nullptr) {
+        return FillConverted();
+    }
+    const long count = ReadRaw(m_chunk.data(), m_chunk.size());
+    m_chunkSize = count > 0 ? static_cast<std::size_t>(count) : 0;
+    return count >= 0;
+}
+
+bool CXmlSource::FillConverted() noexcept {
+    SConverter& converter = *m_converter;
+    while (m_chunkSize == 0 && !(converter.atEnd && converter.rawSize == 0)) {
+        if (!converter.atEnd) {
+            const long count = ReadRaw(converter.raw.data() + converter.rawSize,
+                                       converter.raw.size() - converter.rawSize);
+            if (count < 0) {
+                return false;
+            }
+            converter.atEnd = count == 0;
+            converter.rawSize += static_cast<std::size_t>(count);
+        }
+        char* input = converter.raw.data();
+        char* output = m_chunk.data();
+        std::size_t inputLeft = converter.rawSize;
+        std::size_t outputLeft = m_chunk.size() - 1;
+        const std::size_t converted =
+            iconv(converter.handle, &input, &inputLeft, &output, &outputLeft);
+        const bool failed = converted == static_cast<std::size_t>(-1);
+        const bool broken = failed && (errno == EILSEQ || (errno == EINVAL && converter.atEnd));
+        if (broken && inputLeft > 0) {
+            *output++ = '\xFF';
+            ++input;
+            --inputLeft;
+        }
+        std::memmove(converter.raw.data(), input, inputLeft);
+        converter.rawSize = inputLeft;
+        m_chunkSize = static_cast<std::size_t>(output - m_chunk.data());
+    }
+    return true;
+}
+
+int CXmlSource::Read(char* buffer, int size) noexcept {
+    if (m_chunkPosition == m_chunkSize && !Fill()) {
+        return -1;
+    }
+    const std::size_t count =
+        std::min(static_cast<std::size_t>(std::max(size, 0)), m_chunkSize - m_chunkPosition);
+    std::memcpy(buffer, m_chunk.data() + m_chunkPosition, count);
+    m_chunkPosition += count;
+    return static_cast<int>(count);
+}
+
+std::string CXmlSource::Declaration() {
+    Rewind();
+    char head[HeadSize];
+    const int size = Read(head, sizeof(head));
+    Rewind();
+    return std::string(XmlDeclarationIn({head, static_cast<std::size_t>(std::max(size, 0))}));
+}
+
+std::string ReadWholeFile(const std::string& path) {
+    struct SFile {
+        int handle;
+        ~SFile() { ::close(handle); }
+    } const file{OpenForReading(path)};
+    return ReadAll(file.handle, path);
+}
+
+} // namespace Nax::FrontEnd::XMLDB

@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: Apache-2.0
+// Lifecycle and accessors of the processor.
+#include <naxfewxmldb/db_processor.h>
+#include <naxfewxmldb/xml_xsd_validator.h>
+#include <naxfewxmldb/xsd_to_ddl_mapper.h>
+
+#include "database/sqlite_database.h"
+#include "platform/files.h"
+#include "platform/known_folders.h"
+#include "processor/error_blocks.h"
+#include "processor/operation_names.h"
+#include "support/file_utils.h"
+#include "support/bstr_text.h"
+#include "support/trace.h"
+
+namespace Nax::FrontEnd::XMLDB {
+
+namespace {
+
+constexpr char kClass[] = "Nax::FrontEnd::XMLDB::CDBProcessor";
+constexpr char kDatabaseFile[] = "UILandscape.db";
+
+} // namespace
+
+std::string CDBProcessor::m_dbName;
+
+CDBProcessor::CDBProcessor(bool useResources, DBMode mode, const _bstr_t& xsdFile,
+                           const _bstr_t& xsltFile)
+    : m_useResources(useResources),
+      m_dataMapped(false),
+      m_mode(mode),
+      m_xsdFile(ToNarrow(xsdFile)),
+      m_xsltFile(ToNarrow(xsltFile)),
+      m_database(std::make_shared<CSQLiteDatabase>()),
+      m_mapper(std::make_shared<CXsdToDDLMapper>(useResources, xsdFile, xsltFile)),
+      m_validator(std::make_shared<CXmlXsdValidator>(true)),
+      m_errorMutex(std::make_shared<std::recursive_mutex>()) {
+    NAX_TRACE(kClass, "CDBProcessor created. Mode: '%s'\nxsdFile: %s\nxsltFile: %s\n", DBModeName(m_mode),
+              m_xsdFile.c_str(), m_xsltFile.c_str());
+}
+
+CDBProcessor::~CDBProcessor() {
+    UnInitialize();
+}
+
+bool CDBProcessor::Initialize(bool backup) {
+    m_dbName = JoinPath(GetKnownFolder(CSIDL_LOCAL_APPDATA), kDatabaseFile);
+    NAX_TRACE(kClass, "Database file name: %s\n", m_dbName.c_str());
+    if (backup) {
+        DB_CreateBackup(m_dbName, true);
+    }
+    const bool connected = m_database != nullptr && m_database->Open(m_dbName.c_str(), "", "");
+    NAX_TRACE(kClass, "Connect: %d\n", static_cast<int>(connected));
+    if (!connected) {
+        return Error(kInitializeError, "Failed to open database");
+    }
+    const bool switched = m_database->Execute("PRAGMA encoding = 'UTF-16'");
+    NAX_TRACE(kClass, "Switching database encoding to UTF-16 - %s\n",
+              switched ? "OK" : "Failed");
+    return true;
+}
+
+void CDBProcessor::UnInitialize() {
+    if (m_database != nullptr) {
+        if (m_database->IsTransactionStarted()) {
+            m_database->Commit();
+        }
+        m_database->Close();
+        m_database.reset();
+    }
+    m_mapper.reset();
+    m_validator.reset();
+}
+
+std::shared_ptr<IDatabase> CDBProcessor::GetDatabase() const {
+    return m_database;
+}
+
+std::string CDBProcessor::GetDatabaseFileName() const {
+    return m_dbName;
+}
+
+_bstr_t CDBProcessor::GetFile(const _bstr_t& fileName) {
+    return {Utils::CFUtils::FromFile(ToNarrow(fileName)).c_str()};
+}
+
+std::string CDBProcessor::GetLastDBError() const {
+    const std::lock_guard lock(*m_errorMutex);
+    return m_lastDBError;
+}
+
+std::shared_ptr<CXsdToDDLMapper> CDBProcessor::GetMapper() const {
+    return m_mapper;
+}
+
+DBMode CDBProcessor::GetMode() const {
+    return m_mode;
+}
+
+bool CDBProcessor::GetUseResources() const {
+    return m_useResources;
+}
+
+std::shared_ptr<CXmlXsdValidator> CDBProcessor::GetValidator() const {
+    return m_validator;
+}
+
+const _bstr_t CDBProcessor::GetXsd() const {
+    _bstr_t text(L"");
+    if (m_mapper != nullptr) {
+        if (const IXMLDOMDocument2Ptr document = m_mapper->GetXsdDocument().GetDocument()) {
+            document->get_xml(text.GetAddress());
+        }
+    }
+    return text;
+}
+
+// One body for both names: hosts get the schema from either.
+const _bstr_t CDBProcessor::GetXslt() const {
+    return GetXsd();
+}
+
+std::string CDBProcessor::GetXsdFile() const {
+    return m_xsdFile;
+}
+
+std::string CDBProcessor::GetXsltFile() const {
+    return m_xsltFile;
+}
+
+TextProcessor CDBProcessor::getTextProcessor() const {
+    return m_textProcessor;
+}
+
+const TextProcessor& CDBProcessor::getTextProcessorRef() const {
+    return m_textProcessor;
+}
+
+} // namespace Nax::FrontEnd::XMLDB

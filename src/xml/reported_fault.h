@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <naxfewxmldb/platform/xml_dom.h>
+
+#include <string>
+
+namespace Nax::FrontEnd::XMLDB {
+
+/// A fault as the messages tell it. Without a fault everything is empty or 0.
+struct SReportedFault {
+    long code = 0;
+    std::string reason;
+    std::string source;
+    long line = 0;
+};
+
+/// Reads one fault object. Raises `_com_error`.
+SReportedFault ReadFault(IXMLDOMParseError* error);
+/// Reads the document's first fault. Raises `_com_error`.
+SReportedFault ReadFirstFault(IXMLDOMDocument2* document);
+
+} // namespace Nax::FrontEnd::XMLDB

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "landscape_tables.h"
+#include "record_buffer.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace LandscapeValidator {
+
+/// An `Include` entry of a landscape file.
+struct SInclude {
+    std::string url;
+    std::optional<std::string> description;
+    std::optional<std::string> name;
+    long line = 0;
+};
+
+/// Takes one landscape file's elements off the parser: entries into a record buffer, include
+/// entries into a list. Unknown elements and attributes are left out; known ones inside unknown
+/// ones are kept. Items and nodes get the uuid of the node or workspace around them.
+class CElementCollector : public Nax::FrontEnd::XMLDB::IXmlElementSink {
+public:
+    explicit CElementCollector(const CLandscapeTables& tables);
+
+    void StartElement(std::string_view name,
+                      std::span<const Nax::FrontEnd::XMLDB::SXmlAttribute> attributes,
+                      long line) override;
+    void EndElement(std::string_view name) override;
+    void Characters(std::string_view text) override;
+
+    const CRecordBuffer& GetRecords() const { return m_records; }
+    const std::vector<SInclude>& GetIncludes() const { return m_includes; }
+
+private:
+    using Attributes = std::span<const Nax::FrontEnd::XMLDB::SXmlAttribute>;
+
+    /// A service waits for its end, because its memo stands inside it.
+    struct SOpenService {
+        CRecordBuffer::Values values;
+        std::vector<std::string> texts; ///< what `values` points to
+        std::optional<std::string> memo;
+        long line = 0;
+    };
+
+    void AddEntry(std::size_t table, Attributes attributes, long line);
+    void AddInclude(Attributes attributes, long line);
+    void OpenService(Attributes attributes, long line);
+    void CloseService();
+    void ReadValues(const STable& table, Attributes attributes);
+
+    const CLandscapeTables& m_tables;
+    const std::size_t m_serviceTable;
+    CRecordBuffer m_records;
+    std::vector<SInclude> m_includes;
+    CRecordBuffer::Values m_values;
+    std::vector<std::string> m_parents; ///< uuids of the open workspaces and nodes
+    std::vector<SOpenService> m_services;
+    int m_openMemos = 0;
+};
+
+} // namespace LandscapeValidator

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "file_list.h"
+#include "landscape_tables.h"
+
+#include <naxfewxmldb/naxfewxmldb.h>
+
+#include <functional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace LandscapeValidator {
+
+/// What the schema check of one file found.
+struct SFileOutcome {
+    Nax::FrontEnd::XMLDB::ResultCodes code = Nax::FrontEnd::XMLDB::ValidationAgainstXSDPassed;
+    Nax::FrontEnd::XMLDB::SXmlValidationResult result;
+    std::string note; ///< why the file was not read, when it was not looked for
+};
+
+/// Reads a run's files into the database, validating each in the same pass. Follows include
+/// entries as they are found. One use.
+class CLandscapeLoader {
+public:
+    using Progress = std::function<void(const SLandscapeFile&, std::size_t knownFiles)>;
+
+    /// `processor` must have created its database; it and `files` must outlive the loader.
+    CLandscapeLoader(Nax::FrontEnd::XMLDB::CDBProcessor& processor, CFileList& files);
+
+    /// Loads all files and queues their rows. False when the database refused a record.
+    bool Load(const Progress& progress);
+    /// Inserts, after the commit, the rows of elements that have no record operation.
+    bool InsertRemainingRows();
+
+    /// By file index, as many as there are files.
+    const std::vector<SFileOutcome>& GetOutcomes() const { return m_outcomes; }
+    const Nax::FrontEnd::XMLDB::SchemaFindings& GetFindings() const { return m_findings; }
+    std::size_t GetEntryCount() const { return m_entryCount; }
+    /// Why the schema check could not be made; empty when it could.
+    const std::string& GetFailure() const { return m_failure; }
+
+private:
+    bool LoadFile(const SLandscapeFile& file);
+    void SkipRemoteFile(const SLandscapeFile& file);
+    bool AddFileRow(int index, const std::string& url,
+                    const std::optional<std::string>& description,
+                    const std::optional<std::string>& name);
+    bool AddRecords(const CRecordBuffer& records, const std::string& fileIndex);
+    bool Process(Nax::FrontEnd::XMLDB::DBOperations operation, const std::string& record);
+
+    Nax::FrontEnd::XMLDB::CDBProcessor& m_processor;
+    CFileList& m_files;
+    CLandscapeTables m_tables;
+    const _bstr_t m_schema;
+    std::wstringstream m_stream;
+    std::vector<SFileOutcome> m_outcomes;
+    Nax::FrontEnd::XMLDB::SchemaFindings m_findings;
+    std::vector<std::string> m_remainingRows;
+    std::size_t m_entryCount = 0;
+    std::string m_failure;
+};
+
+} // namespace LandscapeValidator

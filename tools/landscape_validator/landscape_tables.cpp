@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "landscape_tables.h"
+
+
+namespace LandscapeValidator {
+
+using namespace Nax::FrontEnd::XMLDB;
+
+namespace {
+
+/// Element name, then attribute name, to whether an absent value is an empty text.
+using Attributes = std::map<std::string, bool>;
+using Elements = std::map<std::string, Attributes>;
+
+const std::map<std::string, DBOperations, std::less<>> kOperations = {
+    {"Workspace", AddWorkspace}, {"Messageserver", AddMessageServer},
+    {"Router", AddRouter},       {"Webdispatcher", AddWebDispatcher},
+    {"Node", AddNode},           {"LDAP", AddLDAP},
+    {"Service", AddService},     {"Parameter", AddParameter},
+    {"Item", DBOperations::AddItem}};
+
+std::string Narrow(const _bstr_t& text) {
+    const char* narrow = text;
+    return narrow == nullptr ? std::string() : std::string(narrow);
+}
+
+std::string LocalName(const std::string& qualified) {
+    return qualified.substr(qualified.find(':') + 1);
+}
+
+std::string NodeName(IXMLDOMNode* node) {
+    _bstr_t name;
+    node->get_nodeName(name.GetAddress());
+    return LocalName(Narrow(name));
+}
+
+std::string ReadAttribute(IXMLDOMNode* node, const wchar_t* name) {
+    IXMLDOMNamedNodeMapPtr attributes;
+    IXMLDOMNodePtr attribute;
+    _bstr_t text;
+    if (node->get_attributes(&attributes) == S_OK &&
+        attributes->getNamedItem(_bstr_t(name), &attribute) == S_OK) {
+        attribute->get_text(text.GetAddress());
+    }
+    return Narrow(text);
+}
+
+/// Collects the attribute declarations below `node` for the nearest named element around them.
+void CollectAttributes(IXMLDOMNode* node, const std::string& element, Elements& elements) {
+    IXMLDOMNodeListPtr children;
+    long count = 0;
+    if (node->get_childNodes(&children) != S_OK || children->get_length(&count) != S_OK) {
+        return;
+    }
+    for (long index = 0; index < count; ++index) {
+        IXMLDOMNodePtr child;
+        if (children->get_item(index, &child) != S_OK) {
+            continue;
+        }
+        const std::string kind = NodeName(child);
+        const std::string name = ReadAttribute(child, L"name");
+        if (kind == "attribute" && !name.empty()) {
+            elements[element][name] = ReadAttribute(child, L"use") == "required" ||
+                                      LocalName(ReadAttribute(child, L"type")) == "GUID";
+        }
+        CollectAttributes(child, kind == "element" && !name.empty() ? name : element, elements);
+    }
+}
+
+Elements ReadSchema(const CDBProcessor& processor) {
+    Elements elements;
+    if (const IXMLDOMDocument2Ptr document =
+            processor.GetMapper()->GetXsdDocument().GetDocument()) {
+        CollectAttributes(document, "", elements);
+    }
+    return elements;
+}
+
+/// The mapper's renaming of attribute names that are SQL keywords.
+std::string ColumnName(const CDBProcessor& processor, const std::string& attribute) {
+    return processor.getTextProcessorRef().ReplaceAll(
+        attribute, {{"transaction", "trans"}, {"index", "indx"}});
+}
+
+ColumnContent ContentOf(const std::string& column) {
+    if (column.empty()) {
+        return ColumnContent::Text;
+    }
+    if (column == "file_id") {
+        return ColumnContent::FileIndex;
+    }
+    return column == "parent_id" ? ColumnContent::ParentUuid : ColumnContent::Attribute;
+}
+
+} // namespace
+
+CLandscapeTables::CLandscapeTables(const CDBProcessor& processor) {
+    const Elements elements = ReadSchema(processor);
+    for (const auto& [name, columns] : processor.GetMapper()->GetTables()) {
+        STable table;
+        table.name = name;
+        if (const auto operation = kOperations.find(name); operation != kOperations.end()) {
+            table.operation = operation->second;
+        }
+        std::map<std::string, std::size_t> places;
+        for (const std::string& column : columns) {
+            places[column] = table.columns.size();
+            table.columns.push_back({column, ContentOf(column), false});
+        }
+        if (const auto declared = elements.find(name); declared != elements.end()) {
+            for (const auto& [attribute, emptyWhenAbsent] : declared->second) {
+                const auto place = places.find(ColumnName(processor, attribute));
+                if (place != places.end()) {
+                    table.attributes[attribute] = place->second;
+                    table.columns[place->second].emptyWhenAbsent = emptyWhenAbsent;
+                }
+            }
+        }
+        m_byElement[name] = m_tables.size();
+        m_tables.push_back(std::move(table));
+    }
+}
+
+std::size_t CLandscapeTables::Find(std::string_view element) const {
+    const auto found = m_byElement.find(element);
+    return found == m_byElement.end() ? kNone : found->second;
+}
+
+} // namespace LandscapeValidator

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "options.h"
+#include "validate_command.h"
+
+#include <exception>
+#include <iostream>
+#include <string>
+#include <vector>
+
+int main(int argc, char** argv) {
+    using namespace LandscapeValidator;
+    // Before any output: the library writes files through streams of its own.
+    std::ios::sync_with_stdio(false);
+    ExitCode exitCode = ExitCode::Failure;
+    try {
+        const std::vector<std::string> arguments(argv + 1, argv + argc);
+        const auto options = ParseCommandLine(arguments, std::cout, std::cerr, exitCode);
+        if (options) {
+            exitCode = RunValidate(*options, std::cout, std::cerr);
+        }
+    } catch (const std::exception& exception) {
+        std::cerr << "landscape-validator: " << exception.what() << '\n';
+        exitCode = ExitCode::Failure;
+    }
+    return static_cast<int>(exitCode);
+}

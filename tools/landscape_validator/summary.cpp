@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "summary.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace LandscapeValidator {
+
+namespace {
+
+constexpr std::size_t kShownPerFile = 10;
+constexpr int kLabelWidth = 7;
+
+const char* ColourOf(Severity severity) {
+    switch (severity) {
+    case Severity::Error:
+        return "\x1b[31m";
+    case Severity::Warning:
+        return "\x1b[33m";
+    default:
+        return "\x1b[36m";
+    }
+}
+
+std::string Plural(std::size_t count, const char* singular, const char* plural) {
+    return fmt::format("{} {}", count, count == 1 ? singular : plural);
+}
+
+/// Texts come from the files: what would move the cursor or change colours is shown as "?".
+std::string Printable(const std::string& text) {
+    std::string printable = text;
+    std::replace_if(
+        printable.begin(), printable.end(),
+        [](char character) {
+            const auto byte = static_cast<unsigned char>(character);
+            return byte < 0x20 || byte == 0x7F;
+        },
+        '?');
+    return printable;
+}
+
+/// First line for a run-time error, whose text is a block; the whole text otherwise.
+std::string OneLine(const std::string& text) {
+    std::string line = text;
+    while (!line.empty() && (line.back() == '\n' || line.back() == ' ')) {
+        line.pop_back();
+    }
+    std::replace(line.begin(), line.end(), '\n', ' ');
+    return Printable(line);
+}
+
+} // namespace
+
+CSummary::CSummary(std::ostream& out, SSummaryStyle style) : m_out(out), m_style(style) {}
+
+std::string CSummary::Label(Severity severity) const {
+    const std::string label = fmt::format("{:<{}}", SeverityLabel(severity), kLabelWidth);
+    return m_style.colours ? ColourOf(severity) + label + "\x1b[0m" : label;
+}
+
+std::string CSummary::Bold(const std::string& text) const {
+    return m_style.colours ? "\x1b[1m" + text + "\x1b[0m" : text;
+}
+
+void CSummary::Print(const SFindings& findings, const CFileList& files, std::size_t entries,
+                     std::size_t rules) {
+    m_out << fmt::format("Checked {} with {} against the schema and {}.\n",
+                         Plural(files.GetCount(), "file", "files"),
+                         Plural(entries, "entry", "entries"), Plural(rules, "rule", "rules"));
+    PrintRules(findings);
+    const SFinding* const end = findings.findings.data() + findings.findings.size();
+    for (const SFinding* begin = findings.findings.data(); begin != end;) {
+        const int index = begin->fileIndex;
+        const SFinding* next = std::find_if(
+            begin, end, [index](const SFinding& finding) { return finding.fileIndex != index; });
+        const auto place = static_cast<std::size_t>(index);
+        const bool known = index >= 0 && place < files.GetCount();
+        const auto unlisted = findings.unlistedFaults.find(index);
+        PrintFile(known ? files[place].url : "(no file)", begin, next,
+                  unlisted == findings.unlistedFaults.end() ? 0 : unlisted->second);
+        begin = next;
+    }
+    PrintTotals(findings);
+}
+
+void CSummary::PrintRules(const SFindings& findings) {
+    if (findings.rules.empty()) {
+        return;
+    }
+    m_out << '\n' << Bold("Rules with findings") << '\n';
+    for (const SRuleCount& rule : findings.rules) {
+        const std::string id =
+            rule.ruleId == kSchemaRuleId ? "schema" : fmt::format("rule {}", rule.ruleId);
+        m_out << fmt::format("  {} {:>7}  {:<8} {}\n", Label(rule.severity), rule.count, id,
+                             Printable(rule.name));
+    }
+}
+
+void CSummary::PrintFile(const std::string& title, const SFinding* begin, const SFinding* end,
+                         long unlisted) {
+    const auto listed = static_cast<std::size_t>(end - begin);
+    const std::size_t shown = m_style.showAll ? listed : std::min(listed, kShownPerFile);
+    m_out << '\n' << Bold(Printable(title)) << '\n';
+    std::for_each(begin, begin + shown, [this](const SFinding& finding) { PrintFinding(finding); });
+    const std::size_t total = listed + static_cast<std::size_t>(unlisted);
+    if (shown < total) {
+        m_out << fmt::format("  {} of {} shown{}\n", shown, total,
+                             m_style.showAll ? "; the database keeps the first schema faults of a "
+                                               "file in detail and counts the others"
+                                             : "; --all shows every finding");
+    }
+}
+
+void CSummary::PrintFinding(const SFinding& finding) {
+    std::string where = finding.ruleId == kSchemaRuleId ? "schema"
+                                                        : fmt::format("rule {}", finding.ruleId);
+    if (finding.line > 0) {
+        where = fmt::format("line {}", finding.line);
+    }
+    m_out << fmt::format("  {} {:<10} {}\n", Label(finding.severity), where,
+                         OneLine(finding.text));
+}
+
+void CSummary::PrintTotals(const SFindings& findings) {
+    const std::size_t errors = findings.Count(Severity::Error);
+    const std::size_t warnings = findings.Count(Severity::Warning);
+    const std::size_t notes = findings.Count(Severity::Info);
+    m_out << '\n';
+    if (errors + warnings + notes == 0) {
+        m_out << "No findings.\n";
+        return;
+    }
+    m_out << fmt::format("{}, {}, {}.\n", Plural(errors, "error", "errors"),
+                         Plural(warnings, "warning", "warnings"),
+                         Plural(notes, "info finding", "info findings"));
+}
+
+} // namespace LandscapeValidator

@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "validate_command.h"
+
+#include "backups.h"
+#include "findings.h"
+#include "landscape_loader.h"
+#include "platform/host.h"
+#include "summary.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+namespace LandscapeValidator {
+
+using namespace Nax::FrontEnd::XMLDB;
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr char kName[] = "landscape-validator: ";
+
+/// Why a file of the command line cannot be read; empty when it can.
+std::string WhyUnreadable(const std::string& path) {
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    if (!fs::exists(status)) {
+        return error ? error.message() : "No such file or directory";
+    }
+    if (fs::is_directory(status)) {
+        return "It is a folder";
+    }
+    errno = 0;
+    const std::ifstream file(path, std::ios::binary);
+    return file ? std::string() : std::generic_category().message(errno);
+}
+
+/// One run, step by step; each step is told on `err` when it fails.
+class CValidateRun {
+public:
+    CValidateRun(const SOptions& options, std::ostream& out, std::ostream& err)
+        : m_options(options), m_out(out), m_err(err) {}
+
+    ExitCode Run() {
+        if (!ReadCommandLineFiles() || !PrepareFolder() || !FillDatabase() || !RunRules()) {
+            return ExitCode::Failure;
+        }
+        RemoveOldBackups(m_options.outputFolder, m_options.keepBackups);
+        return Report();
+    }
+
+private:
+    bool Fail(const std::string& message) {
+        m_err << kName << message << '\n';
+        m_complete = false;
+        return false;
+    }
+
+    /// False when there is nothing to validate at all.
+    bool ReadCommandLineFiles() {
+        bool any = false;
+        for (const std::string& path : m_options.files) {
+            const std::string reason = WhyUnreadable(path);
+            if (reason.empty()) {
+                any = true;
+            } else {
+                Fail("cannot read '" + path + "': " + reason);
+            }
+            m_files.AddCommandLineFile(path);
+        }
+        return any;
+    }
+
+    bool PrepareFolder() {
+        const std::string& folder = m_options.outputFolder;
+        std::error_code error;
+        fs::create_directories(folder, error);
+        if (!fs::is_directory(folder)) {
+            return Fail("cannot make the output folder '" + folder + "': " +
+                        (error ? error.message() : "A file has that name"));
+        }
+        std::string reason;
+        switch (LockFolder(folder, m_lock, reason)) {
+        case LockOutcome::Taken:
+            break;
+        case LockOutcome::HeldElsewhere:
+            return Fail("another run is writing into '" + folder + "'; wait for it or choose "
+                        "another folder with --output");
+        case LockOutcome::Failed:
+            return Fail("cannot write into the output folder '" + folder + "': " + reason);
+        }
+        OverrideKnownFolder(KnownFolder::LocalAppData, fs::absolute(folder).string().c_str());
+        if (!m_options.configFolder.empty()) {
+            OverrideKnownFolder(KnownFolder::AppData,
+                                fs::absolute(m_options.configFolder).string().c_str());
+        }
+        return true;
+    }
+
+    bool FillDatabase() {
+        m_processor = std::make_shared<CDBProcessor>(true, Transactional, _bstr_t(), _bstr_t());
+        if (!m_processor->Process(createDB, std::wstringstream())) {
+            return FailDatabase("the database cannot be made");
+        }
+        m_loader = std::make_unique<CLandscapeLoader>(*m_processor, m_files);
+        const bool loaded = m_loader->Load([this](const SLandscapeFile& file, std::size_t known) {
+            ShowProgress("Reading " + std::to_string(file.index + 1) + " of " +
+                         std::to_string(known) + ": " + file.url);
+        });
+        if (!m_loader->GetFailure().empty()) {
+            return Fail("the files cannot be checked: " + m_loader->GetFailure());
+        }
+        ShowProgress("Storing " + std::to_string(m_loader->GetEntryCount()) + " entries");
+        const bool committed = loaded && m_processor->Process(Commit, std::wstringstream()) &&
+                               m_loader->InsertRemainingRows();
+        return committed || FailDatabase("the landscape cannot be stored");
+    }
+
+    bool RunRules() {
+        ShowProgress("Running the rules");
+        bool done = m_processor->Process(CreateResultIdTable, std::wstringstream());
+        done = m_processor->Process(CreateResultsTable, std::wstringstream()) && done;
+        done = m_processor->Process(CreateRulesTable, std::wstringstream()) && done;
+        m_rules = std::make_unique<CRulesProcessor>(m_processor, _bstr_t());
+        done = m_rules->LoadRules(_bstr_t()) && done;
+        done = m_rules->Execute() && done;
+        m_rules->PreProcess(m_loader->GetFindings());
+        ShowProgress({});
+        return done || FailDatabase("the rules cannot be run");
+    }
+
+    ExitCode Report() {
+        const SFindings findings = CollectFindings(*m_processor, m_loader->GetOutcomes());
+        const bool colours = IsStandardOutputTerminal() && std::getenv("NO_COLOR") == nullptr;
+        CSummary(m_out, {colours, m_options.showAll})
+            .Print(findings, m_files, m_loader->GetEntryCount(), m_rules->GetRules().size());
+        m_out << "Database: " << m_processor->GetDatabaseFileName() << '\n';
+        if (!m_complete || !m_out.flush()) {
+            return ExitCode::Failure;
+        }
+        for (int severity = 0; severity <= static_cast<int>(m_options.failOn); ++severity) {
+            const bool gated = m_options.failOn != Severity::None;
+            if (gated && findings.Count(static_cast<Severity>(severity)) > 0) {
+                return ExitCode::Findings;
+            }
+        }
+        return ExitCode::Clean;
+    }
+
+    bool FailDatabase(const std::string& message) {
+        return Fail(message + ":" + m_processor->GetLastDBError());
+    }
+
+    /// One line that the next one replaces; for a person at a terminal only.
+    void ShowProgress(const std::string& text) {
+        static const bool terminal = IsStandardErrorTerminal();
+        if (terminal) {
+            m_err << "\r\x1b[K" << text << std::flush;
+        }
+    }
+
+    const SOptions& m_options;
+    std::ostream& m_out;
+    std::ostream& m_err;
+    bool m_complete = true; ///< false once a file or a step was not done
+    CFileList m_files;
+    std::unique_ptr<IFolderLock> m_lock;
+    std::shared_ptr<CDBProcessor> m_processor;
+    std::unique_ptr<CLandscapeLoader> m_loader;
+    std::unique_ptr<CRulesProcessor> m_rules;
+};
+
+} // namespace
+
+ExitCode RunValidate(const SOptions& options, std::ostream& out, std::ostream& err) {
+    return CValidateRun(options, out, err).Run();
+}
+
+} // namespace LandscapeValidator
