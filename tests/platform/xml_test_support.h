@@ -3,8 +3,8 @@
 
 #include "platform/xml_stream.h"
 
-#include <filesystem>
 #include <naxfewxmldb/platform/xml_dom.h>
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>

@@ -32,8 +32,9 @@ SResult Apply(IXMLDOMNode* source, const std::string& sheet, bool allowDocument)
 
 TEST(XmlTransform, GivesTextByOutputMethod) {
     const IXMLDOMDocument2Ptr source = DocumentOf("<a><b>ä€</b><b>2</b></a>");
-    const std::string copy = "<xsl:template match='/'><r><xsl:copy-of select='//b'/></r>"
-                             "</xsl:template>";
+    const std::string copy =
+        "<xsl:template match='/'><r><xsl:copy-of select='//b'/></r>"
+        "</xsl:template>";
     struct SCase {
         std::string body;
         std::string text;
@@ -93,8 +94,7 @@ TEST(XmlTransform, DocumentFunctionOnlyWhereAllowed) {
     const CXmlTestFolder folder;
     folder.Write("sub folder/part.xml", "<p>part</p>");
     const IXMLDOMDocument2Ptr source = NewDocument();
-    const std::string path = folder.Write(
-        "ä main.xml", "<a><i loc='sub%20folder/part.xml'/></a>");
+    const std::string path = folder.Write("ä main.xml", "<a><i loc='sub%20folder/part.xml'/></a>");
     ASSERT_TRUE(Load(source, path).successful);
     const std::string head = "<xsl:output method='text'/><xsl:template match='/'>";
     const std::string read =
@@ -109,10 +109,10 @@ TEST(XmlTransform, DocumentFunctionOnlyWhereAllowed) {
     EXPECT_NE(refused.description.find("part.xml"), std::string::npos) << refused.description;
 
     for (const char* missing : {"missing.xml", "http://localhost:1/x.xml"}) {
-        const SResult result = Apply(
-            source,
-            Sheet(head + "<xsl:value-of select=\"document('" + missing + "', /)\"/></xsl:template>"),
-            true);
+        const SResult result = Apply(source,
+                                     Sheet(head + "<xsl:value-of select=\"document('" + missing +
+                                           "', /)\"/></xsl:template>"),
+                                     true);
         EXPECT_EQ(result.result, E_FAIL) << missing;
         EXPECT_NE(result.description, "") << missing;
     }
@@ -126,14 +126,18 @@ TEST(XmlTransform, NeverWritesFiles) {
     const std::string sheet =
         "<xsl:stylesheet version='1.1' xmlns:xsl='http://www.w3.org/1999/XSL/Transform' "
         "xmlns:s='http://icl.com/saxon' extension-element-prefixes='s'><xsl:template match='/'>"
-        "<xsl:document href='" + target + "'>x</xsl:document>"
-        "<s:output href='" + target + "'>x</s:output></xsl:template></xsl:stylesheet>";
+        "<xsl:document href='" +
+        target +
+        "'>x</xsl:document>"
+        "<s:output href='" +
+        target + "'>x</s:output></xsl:template></xsl:stylesheet>";
     EXPECT_EQ(Apply(DocumentOf("<a/>"), sheet, true).result, E_FAIL);
     EXPECT_FALSE(std::filesystem::exists(target));
 }
 
 TEST(XmlTransform, ThreadsKeepTheirMessagesApart) {
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int thread = 0; thread < 4; ++thread) {
         threads.emplace_back([thread] {
             const std::string name = "function" + std::to_string(thread);
@@ -143,9 +147,9 @@ TEST(XmlTransform, ThreadsKeepTheirMessagesApart) {
                 const SResult result = Apply(DocumentOf("<a/>"), bad, false);
                 EXPECT_EQ(result.result, E_FAIL);
                 EXPECT_NE(result.description.find(name), std::string::npos) << result.description;
-                EXPECT_EQ(Apply(DocumentOf("<a>x</a>"), Sheet("<xsl:output method='text'/>"), false)
-                              .text,
-                          "x");
+                EXPECT_EQ(
+                    Apply(DocumentOf("<a>x</a>"), Sheet("<xsl:output method='text'/>"), false).text,
+                    "x");
             }
         });
     }

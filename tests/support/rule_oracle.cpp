@@ -94,7 +94,7 @@ struct SRepository {
 };
 
 const std::vector<SRepository>& Repositories() {
-    static const std::vector<SRepository> REPOSITORIES = {
+    static const std::vector<SRepository> kRepositories = {
         {EKind::Service, "Services", 19, {"uuid", "type", "msid", "routerid", "link"}},
         {EKind::Messageserver,
          "Message Servers",
@@ -109,7 +109,7 @@ const std::vector<SRepository>& Repositories() {
          "LDAPS",
          26,
          {"uuid", "description", "name", "server", "mode", "node", "options"}}};
-    return REPOSITORIES;
+    return kRepositories;
 }
 
 // Absent and NULL are told apart only by the outer optional: an enclosing element has a uuid, if an
@@ -131,6 +131,8 @@ void Flatten(const SModelEntry& entry, int fileIndex, const std::optional<std::s
     }
     if (parent) {
         row.columns["parent_id"] = *parent;
+    } else if (entry.kind == EKind::Item) {
+        row.columns["parent_id"] = "";
     }
     const std::string uuid = row.columns.at("uuid");
     tables[entry.kind].push_back(std::move(row));
@@ -352,10 +354,11 @@ private:
     }
 
     // An item without any parent is nobody's orphan, one with an empty parent is; a node without
-    // any parent is an orphan, one in a workspace whose uuid is empty has found its parent.
+    // any parent is an orphan. An empty uuid names nothing.
     void Parents() {
         std::set<std::string> holders = Values(EKind::Workspace, "uuid");
         holders.merge(Values(EKind::Node, "uuid"));
+        holders.erase("");
         for (const SRuleRow& row : Rows(EKind::Item)) {
             const auto parent = row.Column("parent_id");
             if (parent && (parent->empty() || !holders.contains(*parent))) {

@@ -41,7 +41,7 @@ using TRuleTables = std::map<Bench::EKind, std::vector<SRuleRow>>;
 
 /// Flattens the landscape: an absent attribute is an empty text when it is required or of type
 /// GUID, else NULL; items and nodes carry the uuid of the element around them as "parent_id", which
-/// is NULL outside of every workspace.
+/// outside of every workspace is empty for an item and NULL for a node.
 TRuleTables TablesOf(const Bench::SLandscapeModel& model);
 
 /// What the 33 rules find, read off their meaning with loops and maps: slow, without SQL, and with

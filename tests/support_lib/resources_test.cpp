@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The build embeds resources 201 (data/sample.txt, text), 202 (data/sample.bin, bytes), 203 (an
-// empty text) and 204 (a text that the build itself generates).
+// The build embeds resources 901 (data/sample.txt, text), 902 (data/sample.bin, bytes), 903 (an
+// empty text) and 904 (a text that the build itself generates).
 #include "platform/resources.h"
 
 #include <gtest/gtest.h>
@@ -31,12 +31,12 @@ TEST(Resources, AreFoundByNumberAndType) {
         const char* content; // null: no such resource
         std::size_t size;
     } cases[] = {
-        {201, "MY_TEXTINCLUDE", "line 1\n\"quoted\" \\ \?\?/ \xC3\xA9\n", 25},
-        {202, RT_RCDATA, bytes.data(), bytes.size()},
-        {203, "MY_TEXTINCLUDE", "", 0},
-        {204, "MY_TEXTINCLUDE", "made by the build\n", 18},
-        {201, RT_RCDATA, nullptr, 0},
-        {202, "MY_TEXTINCLUDE", nullptr, 0},
+        {901, "MY_TEXTINCLUDE", "line 1\n\"quoted\" \\ \?\?/ \xC3\xA9\n", 25},
+        {902, RT_RCDATA, bytes.data(), bytes.size()},
+        {903, "MY_TEXTINCLUDE", "", 0},
+        {904, "MY_TEXTINCLUDE", "made by the build\n", 18},
+        {901, RT_RCDATA, nullptr, 0},
+        {902, "MY_TEXTINCLUDE", nullptr, 0},
         {999, "MY_TEXTINCLUDE", nullptr, 0},
     };
     const HMODULE module = ThisModule();
@@ -57,8 +57,8 @@ TEST(Resources, BelongToTheirModule) {
     const auto* inRuntime = reinterpret_cast<const char*>(&std::strtok);
     ASSERT_EQ(GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, inRuntime, &runtime),
               TRUE);
-    EXPECT_EQ(FindResourceA(runtime, MAKEINTRESOURCEA(201), "MY_TEXTINCLUDE"), nullptr);
-    EXPECT_EQ(FindResourceA(nullptr, MAKEINTRESOURCEA(201), "MY_TEXTINCLUDE"), nullptr);
+    EXPECT_EQ(FindResourceA(runtime, MAKEINTRESOURCEA(901), "MY_TEXTINCLUDE"), nullptr);
+    EXPECT_EQ(FindResourceA(nullptr, MAKEINTRESOURCEA(901), "MY_TEXTINCLUDE"), nullptr);
     HMODULE none = nullptr;
     EXPECT_EQ(GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, nullptr, &none), FALSE);
     EXPECT_EQ(GetModuleHandleExA(0, "name", &none), FALSE);

@@ -5,6 +5,7 @@
 #include "findings.h"
 #include "landscape_loader.h"
 #include "platform/host.h"
+#include "rule_indexes.h"
 #include "summary.h"
 
 #include <cstdlib>
@@ -20,6 +21,16 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr char kName[] = "landscape-validator: ";
+
+// The database is made anew by every run, and an earlier one stands beside it as a backup, so it
+// need not survive a failing machine; a crash of the program it does survive, by its journal. The
+// cache holds the tables that the rules walk, and the rules' lists of ids stay out of temporary
+// files.
+constexpr const char* kDatabaseSettings[] = {
+    "PRAGMA synchronous = OFF",
+    "PRAGMA cache_size = -131072",
+    "PRAGMA temp_store = MEMORY",
+};
 
 /// Why a file of the command line cannot be read; empty when it can.
 std::string WhyUnreadable(const std::string& path) {
@@ -103,6 +114,9 @@ private:
         if (!m_processor->Process(createDB, std::wstringstream())) {
             return FailDatabase("the database cannot be made");
         }
+        for (const char* setting : kDatabaseSettings) {
+            m_processor->DB_ExecuteQuery(setting);
+        }
         m_loader = std::make_unique<CLandscapeLoader>(*m_processor, m_files);
         const bool loaded = m_loader->Load([this](const SLandscapeFile& file, std::size_t known) {
             ShowProgress("Reading " + std::to_string(file.index + 1) + " of " +
@@ -124,7 +138,10 @@ private:
         done = m_processor->Process(CreateRulesTable, std::wstringstream()) && done;
         m_rules = std::make_unique<CRulesProcessor>(m_processor, _bstr_t());
         done = m_rules->LoadRules(_bstr_t()) && done;
-        done = m_rules->Execute() && done;
+        {
+            const CRuleIndexes indexes(*m_processor);
+            done = m_rules->Execute() && done;
+        }
         m_rules->PreProcess(m_loader->GetFindings());
         ShowProgress({});
         return done || FailDatabase("the rules cannot be run");

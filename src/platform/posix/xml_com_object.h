@@ -56,6 +56,7 @@ public:
     CComObject() = default;
     CComObject(const CComObject&) = delete;
     CComObject& operator=(const CComObject&) = delete;
+    virtual ~CComObject() = default;
 
     HRESULT QueryInterface(const IID& iid, void** object) noexcept override {
         if (object == nullptr) {
@@ -79,7 +80,6 @@ public:
     }
 
 protected:
-    virtual ~CComObject() = default;
     virtual bool Implements(const IID& iid) const noexcept { return iid == Interface::IID_; }
 
 private:

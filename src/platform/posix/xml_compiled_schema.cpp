@@ -67,9 +67,7 @@ std::string FailureText(const CFirstError& errors, const CXmlLibraryGuard& guard
 } // namespace
 
 CXmlCompiledSchema::CXmlCompiledSchema(TDocHandle document, TSchemaHandle schema)
-    : m_document(std::move(document)),
-      m_schema(std::move(schema)),
-      m_outline(m_document.get()) {}
+    : m_document(std::move(document)), m_schema(std::move(schema)), m_outline(m_document.get()) {}
 
 std::shared_ptr<const CXmlCompiledSchema> CXmlCompiledSchema::Compile(const std::string& text,
                                                                       const std::string& url) {
@@ -90,7 +88,7 @@ std::shared_ptr<const CXmlCompiledSchema> CXmlCompiledSchema::Compile(const std:
     if (schema == nullptr) {
         throw CXmlFailure(FailureText(errors, guard));
     }
-    const std::shared_ptr<const CXmlCompiledSchema> compiled(
+    std::shared_ptr<const CXmlCompiledSchema> compiled(
         new CXmlCompiledSchema(std::move(document), std::move(schema)));
     if (!guard.HasLoadedFiles()) {
         cache.entries.push_front({url, text, compiled});

@@ -17,6 +17,7 @@ namespace Nax::FrontEnd::XMLDB {
 class CXmlDocument final : public CXmlNodeBase<IXMLDOMDocument2> {
 public:
     CXmlDocument();
+    ~CXmlDocument() override;
 
     HRESULT put_preserveWhiteSpace(VARIANT_BOOL preserve) noexcept override;
     HRESULT createProcessingInstruction(
@@ -35,9 +36,6 @@ public:
     bool AllowsDocumentFunction() const noexcept override { return m_allowsDocumentFunction; }
     /// The document as text, for the schema compiler.
     SXmlText Text();
-
-protected:
-    ~CXmlDocument() override;
 
 private:
     struct SOrigin { ///< what was loaded: a file or a text

@@ -19,8 +19,7 @@ std::shared_ptr<SXmlFaultList> OneFault(SXmlFault fault) {
 } // namespace
 
 const TXmlSchemas* CXmlDocument::SchemasInForce() const noexcept {
-    const auto* collection =
-        dynamic_cast<const CXmlSchemaCollection*>(m_schemas.GetInterfacePtr());
+    const auto* collection = dynamic_cast<const CXmlSchemaCollection*>(m_schemas.GetInterfacePtr());
     return m_validatesOnParse && collection != nullptr && !collection->Schemas().empty()
                ? &collection->Schemas()
                : nullptr;
@@ -78,6 +77,7 @@ HRESULT CXmlDocument::LoadSource(CXmlSource& source, SOrigin origin, IXmlElement
                                  VARIANT_BOOL* successful) {
     SetTree(CXmlTree::NewEmpty());
     m_pending.reset();
+    const std::string name = origin.path;
     auto faults = std::make_shared<SXmlFaultList>();
     const TXmlSchemas* schemas = SchemasInForce();
     if (source.IsEmpty()) {
@@ -99,10 +99,10 @@ HRESULT CXmlDocument::LoadSource(CXmlSource& source, SOrigin origin, IXmlElement
                                    .allFaults = m_collectsAllFaults});
         *faults = stream.Parse();
         if (faults->total == 0) {
-            m_pending = std::make_unique<SOrigin>(origin);
+            m_pending = std::make_unique<SOrigin>(std::move(origin));
         }
     }
-    faults->url = origin.path;
+    faults->url = name;
     return Finish(std::move(faults), successful);
 }
 

@@ -56,11 +56,10 @@ std::string CutLine(std::string_view text, std::size_t at) {
         --last;
     }
     at = std::min(at, last);
-    const std::size_t behind = CountCharacters(
-        text.substr(at, StepForward(text, at, last, SourceTextLimit / 2) - at));
+    const std::size_t behind =
+        CountCharacters(text.substr(at, StepForward(text, at, last, SourceTextLimit / 2) - at));
     const std::size_t start = StepBack(text, at, first, SourceTextLimit - behind);
-    return std::string(
-        text.substr(start, StepForward(text, start, last, SourceTextLimit) - start));
+    return std::string(text.substr(start, StepForward(text, start, last, SourceTextLimit) - start));
 }
 
 /// The source as a window that moves forward, with the line and column of its `m_mark`.
@@ -85,7 +84,7 @@ public:
 
 private:
     void ReadTo(std::size_t offset) {
-        std::array<char, 64 * 1024> piece;
+        std::array<char, std::size_t{64} * 1024> piece;
         while (!m_atEnd && m_base + m_window.size() < offset) {
             const int count = m_source.Read(piece.data(), static_cast<int>(piece.size()));
             if (count <= 0) {
@@ -112,7 +111,8 @@ private:
 
     void MoveMark(std::size_t to) {
         const std::string_view text = std::string_view(m_window).substr(0, to);
-        for (std::size_t end = text.find('\n', m_mark); end != text.npos; end = text.find('\n', m_mark)) {
+        for (std::size_t end = text.find('\n', m_mark); end != text.npos;
+             end = text.find('\n', m_mark)) {
             ++m_line;
             m_column = 0;
             m_mark = end + 1;

@@ -39,9 +39,8 @@ constexpr std::array<SWords, 18> TypeWords = {{
 }};
 
 constexpr std::array<std::string_view, 7> BoundPhrases = {
-    "is less than the minimum",  "is greater than the maximum",
-    "must be greater than",      "must be less than",
-    "has more digits than",      "has more fractional digits than",
+    "is less than the minimum", "is greater than the maximum", "must be greater than",
+    "must be less than",        "has more digits than",        "has more fractional digits than",
     "has a length of"};
 
 std::string_view Trimmed(std::string_view text) {
@@ -148,7 +147,8 @@ std::string DescribeEnumeration(const SSchemaFault& fault) {
         rest = rest.substr(end + separator.size());
     }
     return SubjectWithValue(fault) +
-           (allowed.size() == 1 ? "is not the allowed value " : "is not one of the allowed values ") +
+           (allowed.size() == 1 ? "is not the allowed value "
+                                : "is not one of the allowed values ") +
            QuotedList(allowed) + ".";
 }
 

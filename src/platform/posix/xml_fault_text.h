@@ -21,9 +21,9 @@ SSchemaMessage SplitSchemaMessage(std::string_view message);
 /// What is known of a fault against the schema. Names are as written in the document.
 struct SSchemaFault {
     int code = 0;
-    std::string_view text{};    ///< the validator's words
+    std::string_view text{}; ///< the validator's words
     std::string_view element{};
-    std::string_view parent{};  ///< empty for the root
+    std::string_view parent{}; ///< empty for the root
     std::string_view attribute{};
     std::optional<std::string_view> value{}; ///< of the attribute
     std::string_view typeName{};             ///< of the attribute, where the schema names one

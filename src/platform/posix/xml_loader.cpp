@@ -4,14 +4,14 @@
 #include "xml_com_object.h"
 #include "xml_source.h"
 
-#include <array>
-#include <algorithm>
-#include <cstdarg>
-#include <cstdio>
 #include <libxml/parserInternals.h>
 #include <libxml/xmlschemastypes.h>
 #include <libxslt/xslt.h>
 #include <libxslt/xsltutils.h>
+#include <algorithm>
+#include <array>
+#include <cstdarg>
+#include <cstdio>
 #include <memory>
 #include <mutex>
 
@@ -44,7 +44,7 @@ std::string Formatted(const char* format, va_list arguments) {
 }
 
 __attribute__((format(printf, 2, 3))) void MessageForThread(void* /*context*/, const char* format,
-                                                             ...) {
+                                                            ...) {
     va_list arguments;
     va_start(arguments, format);
     const std::string text = Formatted(format, arguments);
@@ -56,7 +56,16 @@ __attribute__((format(printf, 2, 3))) void MessageForThread(void* /*context*/, c
     }
 }
 
-void IgnoreMessage(void* /*context*/, const char* /*format*/, ...) {}
+__attribute__((format(printf, 2, 3))) void MessageForGuard(void* /*context*/, const char* format,
+                                                           ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    const std::string text = Formatted(format, arguments);
+    va_end(arguments);
+    if (currentGuard != nullptr) {
+        currentGuard->AppendMessage(text);
+    }
+}
 
 #if LIBXML_VERSION >= 21200
 using TErrorPointer = const xmlError*;
@@ -96,8 +105,8 @@ xmlParserInputPtr NewInput(xmlParserCtxtPtr context, std::string_view text,
         xmlFreeParserInputBuffer(buffer);
         return nullptr;
     }
-    input->filename = reinterpret_cast<const char*>(
-        xmlStrdup(reinterpret_cast<const xmlChar*>(url.c_str())));
+    input->filename =
+        reinterpret_cast<const char*>(xmlStrdup(reinterpret_cast<const xmlChar*>(url.c_str())));
     return input;
 }
 
@@ -111,7 +120,7 @@ CXmlLibraryGuard::CXmlLibraryGuard(EXmlLoading loading, IXmlErrorReceiver* recei
     m_outerGeneric = xmlGenericError;
     m_outerGenericContext = xmlGenericErrorContext;
     xmlSetStructuredErrorFunc(m_receiver, ReceiveError);
-    xmlSetGenericErrorFunc(nullptr, IgnoreMessage);
+    xmlSetGenericErrorFunc(nullptr, MessageForGuard);
     currentGuard = this;
 }
 

@@ -44,7 +44,7 @@ public:
     const std::vector<std::string>& FailedLoads() const noexcept { return m_failedLoads; }
     /// True when a local file was loaded.
     bool HasLoadedFiles() const noexcept { return m_hasLoadedFiles; }
-    /// Messages of the XSLT library, one after the other.
+    /// Messages that are no structured errors (most of the XSLT library's), one after the other.
     const std::string& Messages() const noexcept { return m_messages; }
 
     /// For the process-wide functions only.

@@ -4,8 +4,8 @@
 #include "xml_com_object.h"
 #include "xml_tree.h"
 
-#include <memory>
 #include <naxfewxmldb/platform/xml_dom.h>
+#include <memory>
 
 namespace Nax::FrontEnd::XMLDB {
 
@@ -78,23 +78,32 @@ protected:
     }
 };
 
-/// A node other than the document object. Its address is kept in the node while it lives, so that
-/// asking twice gives the same object.
+/// Keeps the address of a node's object in the node while the object lives.
+class CXmlNodeIdentity {
+public:
+    CXmlNodeIdentity(xmlNodePtr node, IXMLDOMNode* object) : m_node(node) {
+        m_node->_private = object;
+    }
+    CXmlNodeIdentity(const CXmlNodeIdentity&) = delete;
+    CXmlNodeIdentity& operator=(const CXmlNodeIdentity&) = delete;
+    ~CXmlNodeIdentity() { m_node->_private = nullptr; }
+
+private:
+    xmlNodePtr m_node;
+};
+
+/// A node other than the document object; asking for the same node twice gives the same object.
 template <class Interface>
 class CXmlNode final : public CXmlNodeBase<Interface> {
 public:
     CXmlNode(std::shared_ptr<CXmlTree> tree, xmlNodePtr node)
-        : m_held{std::move(tree), node} {
-        node->_private = static_cast<IXMLDOMNode*>(this);
-    }
+        : m_held{std::move(tree), node}, m_identity(node, this) {}
 
     SXmlNode Held() override { return m_held; }
 
-protected:
-    ~CXmlNode() override { m_held.node->_private = nullptr; }
-
 private:
     SXmlNode m_held;
+    CXmlNodeIdentity m_identity;
 };
 
 } // namespace Nax::FrontEnd::XMLDB

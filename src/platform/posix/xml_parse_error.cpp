@@ -71,8 +71,8 @@ public:
             return S_FALSE;
         }
         return Guarded([&] {
-            *error = MakeComObject<CParseError, IXMLDOMParseError2>(
-                         m_faults, static_cast<std::size_t>(index))
+            *error = MakeComObject<CParseError, IXMLDOMParseError2>(m_faults,
+                                                                    static_cast<std::size_t>(index))
                          .Detach();
             return S_OK;
         });
@@ -91,8 +91,8 @@ HRESULT CParseError::get_allErrors(IXMLDOMParseErrorCollection** errors) noexcep
     }
     *errors = nullptr;
     return Guarded([&] {
-        *errors = MakeComObject<CParseErrorCollection, IXMLDOMParseErrorCollection>(m_faults)
-                      .Detach();
+        *errors =
+            MakeComObject<CParseErrorCollection, IXMLDOMParseErrorCollection>(m_faults).Detach();
         return S_OK;
     });
 }

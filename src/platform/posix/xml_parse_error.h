@@ -4,8 +4,8 @@
 #include "xml_com_object.h"
 #include "xml_fault.h"
 
-#include <memory>
 #include <naxfewxmldb/platform/xml_dom.h>
+#include <memory>
 
 namespace Nax::FrontEnd::XMLDB {
 

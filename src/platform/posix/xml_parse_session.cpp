@@ -46,9 +46,9 @@ void CXmlParseSession::Run(xmlSAXHandler& handler) {
         throw std::bad_alloc();
     }
     m_parser->_private = static_cast<CXmlParseSession*>(this);
-    xmlCtxtUseOptions(m_parser.get(), XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_NOENT |
-                                          XML_PARSE_COMPACT |
-                                          (m_source.IgnoresDeclaration() ? XML_PARSE_IGNORE_ENC : 0));
+    xmlCtxtUseOptions(m_parser.get(),
+                      XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_NOENT | XML_PARSE_COMPACT |
+                          (m_source.IgnoresDeclaration() ? XML_PARSE_IGNORE_ENC : 0));
     xmlParseDocument(m_parser.get());
     if (!m_source.Failure().empty()) {
         m_fatal = SXmlFault{.code = XML_IO_UNKNOWN,
@@ -66,9 +66,8 @@ int CXmlParseSession::ReadSource(void* context, char* buffer, int size) noexcept
 
 void CXmlParseSession::SetFatal(int code, std::string reason) noexcept {
     if (!m_fatal) {
-        const std::size_t offset = m_parser == nullptr || Input() == nullptr
-                                       ? SXmlFault::NoOffset
-                                       : Offset();
+        const std::size_t offset =
+            m_parser == nullptr || Input() == nullptr ? SXmlFault::NoOffset : Offset();
         m_fatal = SXmlFault{.code = code == 0 ? XML_ERR_INTERNAL_ERROR : code,
                             .reason = std::move(reason),
                             .offset = offset};
@@ -89,23 +88,27 @@ void CXmlParseSession::OnXmlError(const xmlError& error) noexcept {
 
 void CXmlParseSession::OnSchemaError(const xmlError& /*error*/) {}
 
-bool CXmlParseSession::CountDefaulted(int defaulted, int count,
-                                      const xmlChar** attributes) noexcept {
+bool CXmlParseSession::CountExpanded(std::size_t bytes) noexcept {
     constexpr std::size_t limit = 10'000'000;
-    for (int at = count - defaulted; at < count; ++at) {
-        m_defaultedBytes += static_cast<std::size_t>(attributes[at * 5 + 4] -
-                                                     attributes[at * 5 + 3]);
-    }
-    if (m_defaultedBytes > limit + 2 * Offset()) {
+    m_expandedBytes += bytes;
+    if (m_expandedBytes > limit && m_expandedBytes > 5 * Offset()) {
         SetFatal(XML_ERR_ENTITY_LOOP,
-                 "The document's default attribute values expand into too much text.");
-        return false;
+                 "The document's entities and default values expand into too much text.");
     }
-    return true;
+    return !m_fatal;
 }
 
-void CXmlParseSession::OnInternalSubset(void* context, const xmlChar* name,
-                                        const xmlChar* publicId, const xmlChar* systemId) {
+bool CXmlParseSession::CountDefaulted(int defaulted, int count,
+                                      const xmlChar** attributes) noexcept {
+    std::size_t bytes = 0;
+    for (std::ptrdiff_t at = count - defaulted; at < count; ++at) {
+        bytes += static_cast<std::size_t>(attributes[at * 5 + 4] - attributes[at * 5 + 3]);
+    }
+    return CountExpanded(bytes);
+}
+
+void CXmlParseSession::OnInternalSubset(void* context, const xmlChar* name, const xmlChar* publicId,
+                                        const xmlChar* systemId) {
     auto* session = SessionOf<CXmlParseSession>(context);
     if (session->m_prohibitDtd) {
         session->SetFatal(XML_ERR_DOCTYPE_NOT_FINISHED,
@@ -135,9 +138,9 @@ xmlEntityPtr CXmlParseSession::Allowed(xmlEntityPtr entity) noexcept {
                               entity->etype != XML_EXTERNAL_PARAMETER_ENTITY)) {
         return entity;
     }
-    SetFatal(XML_ERR_ENTITYREF_NO_NAME,
-             "The document refers to the external entity " + Quoted(ViewOf(entity->name)) +
-                 "; external entities are not loaded.");
+    SetFatal(XML_ERR_ENTITYREF_NO_NAME, "The document refers to the external entity " +
+                                            Quoted(ViewOf(entity->name)) +
+                                            "; external entities are not loaded.");
     return nullptr;
 }
 

@@ -49,7 +49,9 @@ protected:
     std::size_t Offset() const noexcept { return OffsetOf(Input()->cur); }
 
     void SetFatal(int code, std::string reason) noexcept;
-    /// False, and a fault, when defaulted attributes outgrow the document.
+    /// Counts bytes that the document gets from its DTD; false, and a fault, when they outgrow the
+    /// document itself.
+    bool CountExpanded(std::size_t bytes) noexcept;
     bool CountDefaulted(int defaulted, int count, const xmlChar** attributes) noexcept;
     virtual void OnSchemaError(const xmlError& error);
 
@@ -67,7 +69,7 @@ private:
     CXmlSource& m_source;
     bool m_prohibitDtd;
     std::optional<SXmlFault> m_fatal;
-    std::size_t m_defaultedBytes = 0;
+    std::size_t m_expandedBytes = 0;
     TParserHandle m_parser;
 };
 

@@ -15,7 +15,8 @@ SXmlText SchemaTextOf(const VARIANT& schema) {
     if (schema.vt == VT_BSTR) {
         const std::string path = LocalPathOf(Utf8Of(schema.bstrVal));
         const auto source = CXmlSource::FromFile(path);
-        return {LoadTree(*source, FileUrlOf(path), SXmlTreeOptions{})->Serialized(), FileUrlOf(path)};
+        return {LoadTree(*source, FileUrlOf(path), SXmlTreeOptions{})->Serialized(),
+                FileUrlOf(path)};
     }
     if (schema.vt != VT_DISPATCH || schema.pdispVal == nullptr) {
         throw CXmlFailure("A schema is a document or a path.", E_INVALIDARG);

@@ -62,7 +62,8 @@ xmlNodePtr GlobalType(xmlNodePtr schema, std::string_view name) {
 /// Fills the children from the content model, when it is one of the plain ones.
 void ReadChildren(xmlNodePtr type, SElementOutline& outline) {
     bool skip = false;
-    for (xmlNodePtr node = Next(type, type, false); node != nullptr; node = Next(node, type, skip)) {
+    for (xmlNodePtr node = Next(type, type, false); node != nullptr;
+         node = Next(node, type, skip)) {
         skip = true;
         if (!IsSchemaNode(node) || Is(node, "annotation") || Is(node, "attribute") ||
             Is(node, "attributeGroup") || Is(node, "anyAttribute")) {
@@ -98,8 +99,7 @@ void ReadAttributeTypes(xmlNodePtr type, SElementOutline& outline) {
 SElementOutline OutlineOf(xmlNodePtr element, xmlNodePtr schema, bool mayList) {
     SElementOutline outline;
     const auto typeName = AttributeOf(element, "type");
-    xmlNodePtr type =
-        typeName ? GlobalType(schema, *typeName) : ChildNamed(element, "complexType");
+    xmlNodePtr type = typeName ? GlobalType(schema, *typeName) : ChildNamed(element, "complexType");
     if (type != nullptr) {
         ReadAttributeTypes(type, outline);
         if (mayList) {

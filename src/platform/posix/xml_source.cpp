@@ -4,20 +4,21 @@
 #include "xml_com_object.h"
 #include "xml_source_encoding.h"
 
-#include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <iconv.h>
 #include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <system_error>
 
 namespace Nax::FrontEnd::XMLDB {
 
 namespace {
 
-constexpr std::size_t ChunkSize = 128 * 1024;
+constexpr std::size_t ChunkSize = std::size_t{128} * 1024;
 constexpr std::size_t HeadSize = 1024;
 
 std::string SystemReason(int code) {
@@ -44,8 +45,8 @@ std::string ReadAll(int file, const std::string& path) {
         if (count > 0) {
             text.append(chunk.data(), static_cast<std::size_t>(count));
         } else if (errno != EINTR) {
-            throw CXmlFailure("The file \"" + path +
-                              "\" cannot be read: " + SystemReason(errno) + ".");
+            throw CXmlFailure("The file \"" + path + "\" cannot be read: " + SystemReason(errno) +
+                              ".");
         }
     }
 }
@@ -108,10 +109,10 @@ void CXmlSource::Examine() {
         const SXmlEncoding encoding = DetectEncoding({head, static_cast<std::size_t>(size)});
         m_rawStart = encoding.markLength;
         m_ignoresDeclaration = m_rawStart > 0;
-        const iconv_t handle = encoding.name.empty()
-                                   ? reinterpret_cast<iconv_t>(-1)
-                                   : iconv_open("UTF-8", encoding.name.c_str());
-        if (handle != reinterpret_cast<iconv_t>(-1)) {
+        const iconv_t handle =
+            encoding.name.empty() ? iconv_t{} : iconv_open("UTF-8", encoding.name.c_str());
+        // The parser has its own words for an encoding that nobody knows.
+        if (!encoding.name.empty() && reinterpret_cast<std::intptr_t>(handle) != -1) {
             m_converter = std::make_unique<SConverter>(handle);
             m_ignoresDeclaration = true;
         }

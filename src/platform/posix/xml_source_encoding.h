@@ -9,7 +9,7 @@ namespace Nax::FrontEnd::XMLDB {
 
 /// How an XML text is encoded, as its first bytes tell.
 struct SXmlEncoding {
-    std::string name;           ///< to convert from; empty for UTF-8 and what only a parser can judge
+    std::string name; ///< to convert from; empty for UTF-8 and what only a parser can judge
     std::size_t markLength = 0; ///< length of the byte-order mark
 };
 

@@ -4,9 +4,9 @@
 #include "xml_com_object.h"
 #include "xml_fault_location.h"
 
+#include <libxml/SAX2.h>
 #include <algorithm>
 #include <cstring>
-#include <libxml/SAX2.h>
 
 namespace Nax::FrontEnd::XMLDB {
 
@@ -79,8 +79,10 @@ void CXmlStream::OnStartElement(void* context, const xmlChar* name, const xmlCha
                                 const xmlChar* uri, int namespaceCount, const xmlChar** namespaces,
                                 int count, int defaulted, const xmlChar** attributes) {
     auto* stream = SessionOf<CXmlStream>(context);
+    constexpr std::size_t elementSize = 32;
     if (stream->Fatal() ||
-        (defaulted > 0 && !stream->CountDefaulted(defaulted, count, attributes))) {
+        (defaulted > 0 && !stream->CountDefaulted(defaulted, count, attributes)) ||
+        (stream->IsEntity(context) && !stream->CountExpanded(elementSize))) {
         return;
     }
     try {
@@ -88,14 +90,14 @@ void CXmlStream::OnStartElement(void* context, const xmlChar* name, const xmlCha
         ++stream->m_event;
         stream->m_inEntity = stream->IsEntity(context);
         stream->m_startEvent = {count, attributes};
-        SOpenElement element = {.name = stream->QualifiedName(prefix, name),
-                                .outline = nullptr,
-                                .offset = stream->m_inEntity ? stream->Offset()
-                                                             : stream->TagStart(),
-                                .textOffset = NoText,
-                                .seenChildren = 0,
-                                .isValidated = false,
-                                .hasContentFault = false};
+        SOpenElement element = {
+            .name = stream->QualifiedName(prefix, name),
+            .outline = nullptr,
+            .offset = stream->m_inEntity ? stream->Offset() : stream->TagStart(),
+            .textOffset = NoText,
+            .seenChildren = 0,
+            .isValidated = false,
+            .hasContentFault = false};
         if (stream->m_options.sink != nullptr) {
             const xmlChar* tag = input->cur - (stream->Offset() - element.offset);
             const auto lines = std::count(tag, input->cur, static_cast<xmlChar>('\n'));
@@ -106,7 +108,8 @@ void CXmlStream::OnStartElement(void* context, const xmlChar* name, const xmlCha
             stream->StartValidation(uri);
         }
         if (stream->m_validator != nullptr) {
-            element.isValidated = stream->AdmitElement(element, XMLDB::ViewOf(name), XMLDB::ViewOf(uri));
+            element.isValidated =
+                stream->AdmitElement(element, XMLDB::ViewOf(name), XMLDB::ViewOf(uri));
         }
         stream->m_open.push_back(element);
         if (element.isValidated) {
@@ -154,9 +157,14 @@ void CXmlStream::ReportText(const xmlChar* text, int length) {
     }
 }
 
+bool CXmlStream::TakesText(void* context, int length) noexcept {
+    return !Fatal() && !m_open.empty() &&
+           (!IsEntity(context) || CountExpanded(static_cast<std::size_t>(length)));
+}
+
 void CXmlStream::OnCharacters(void* context, const xmlChar* text, int length) {
     auto* stream = SessionOf<CXmlStream>(context);
-    if (stream->Fatal() || stream->m_open.empty()) {
+    if (!stream->TakesText(context, length)) {
         return;
     }
     stream->ReportText(text, length);
@@ -167,7 +175,7 @@ void CXmlStream::OnCharacters(void* context, const xmlChar* text, int length) {
 
 void CXmlStream::OnCdata(void* context, const xmlChar* text, int length) {
     auto* stream = SessionOf<CXmlStream>(context);
-    if (stream->Fatal() || stream->m_open.empty()) {
+    if (!stream->TakesText(context, length)) {
         return;
     }
     stream->ReportText(text, length);

@@ -4,8 +4,8 @@
 #include "xml_parse_session.h"
 #include "xml_schema_collection.h"
 
-#include <cstdint>
 #include <naxfewxmldb/xml_element_sink.h>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -35,13 +35,13 @@ public:
 
 private:
     struct SOpenElement {
-        const xmlChar* name;                ///< qualified, in the parser's dictionary
-        const SElementOutline* outline;     ///< null when its children are the validator's business
+        const xmlChar* name;            ///< qualified, in the parser's dictionary
+        const SElementOutline* outline; ///< null when its children are the validator's business
         std::size_t offset;
-        std::size_t textOffset;             ///< of its first text that is not blank
-        std::uint64_t seenChildren;         ///< by position in the outline
+        std::size_t textOffset;     ///< of its first text that is not blank
+        std::uint64_t seenChildren; ///< by position in the outline
         bool isValidated;
-        bool hasContentFault;               ///< it contains elements where none may be
+        bool hasContentFault; ///< it contains elements where none may be
     };
     struct SValueFault { ///< where the latest fault about a value was
         std::size_t event = 0;
@@ -62,6 +62,7 @@ private:
 
     void OnSchemaError(const xmlError& error) override;
     void ReportStart(const xmlChar* name, const SAttributeEvent& event, long line);
+    bool TakesText(void* context, int length) noexcept;
     void ReportText(const xmlChar* text, int length);
     void StartValidation(const xmlChar* rootUri);
     /// False when the element is not for the validator.

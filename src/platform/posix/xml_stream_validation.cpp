@@ -23,9 +23,9 @@ void CXmlStream::StartValidation(const xmlChar* rootUri) {
     if (m_options.schemas == nullptr || m_options.schemas->empty()) {
         return;
     }
-    const auto found = std::find_if(
-        m_options.schemas->begin(), m_options.schemas->end(),
-        [&](const auto& entry) { return entry.first == XMLDB::ViewOf(rootUri); });
+    const auto found =
+        std::find_if(m_options.schemas->begin(), m_options.schemas->end(),
+                     [&](const auto& entry) { return entry.first == XMLDB::ViewOf(rootUri); });
     const CXmlCompiledSchema& schema =
         *(found == m_options.schemas->end() ? m_options.schemas->front() : *found).second;
     m_outline = &schema.Outline();
@@ -86,9 +86,8 @@ void CXmlStream::AddFault(int code, std::string reason, std::size_t offset) {
     if (!m_options.allFaults && m_faults.total > 0) {
         return;
     }
-    m_faults.Add([&] {
-        return SXmlFault{.code = code, .reason = std::move(reason), .offset = offset};
-    });
+    m_faults.Add(
+        [&] { return SXmlFault{.code = code, .reason = std::move(reason), .offset = offset}; });
 }
 
 int CXmlStream::FindAttribute(std::string_view name) const {
@@ -148,8 +147,8 @@ std::string CXmlStream::Describe(const xmlError& error, std::string_view attribu
     }
     if (element.outline != nullptr) {
         const auto type = element.outline->attributeTypes.find(fault.attribute);
-        fault.typeName = type == element.outline->attributeTypes.end() ? std::string_view()
-                                                                       : type->second;
+        fault.typeName =
+            type == element.outline->attributeTypes.end() ? std::string_view() : type->second;
     }
     return DescribeSchemaFault(fault);
 }

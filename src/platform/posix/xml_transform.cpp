@@ -79,8 +79,7 @@ std::string Saved(xmlDocPtr result, xsltStylesheetPtr stylesheet) {
     }
     const std::size_t size = xmlOutputBufferGetSize(output.get());
     const xmlChar* text = xmlOutputBufferGetContent(output.get());
-    return text == nullptr ? std::string()
-                           : std::string(reinterpret_cast<const char*>(text), size);
+    return text == nullptr ? std::string() : std::string(reinterpret_cast<const char*>(text), size);
 }
 
 } // namespace

@@ -4,8 +4,8 @@
 #include "xml_com_object.h"
 #include "xml_loader.h"
 
-#include <algorithm>
 #include <libxml/xmlsave.h>
+#include <algorithm>
 
 namespace Nax::FrontEnd::XMLDB {
 
@@ -60,6 +60,7 @@ std::shared_ptr<CXmlTree> CXmlTree::NewEmpty() {
     if (document == nullptr) {
         throw std::bad_alloc();
     }
+    document->encoding = xmlStrdup(XmlTextOf("UTF-8"));
     return std::make_shared<CXmlTree>(std::move(document));
 }
 
@@ -123,10 +124,10 @@ std::string CXmlTree::SerializedNode(xmlNodePtr node) const {
     const CXmlLibraryGuard guard(EXmlLoading::Nothing, nullptr);
     const CInheritedNamespaces namespaces(node);
     const TBufferHandle buffer(xmlBufferCreate());
-    xmlSaveCtxtPtr context = buffer == nullptr
-                                 ? nullptr
-                                 : xmlSaveToBuffer(buffer.get(), "UTF-8",
-                                                   XML_SAVE_NO_DECL | XML_SAVE_AS_XML);
+    xmlSaveCtxtPtr context =
+        buffer == nullptr
+            ? nullptr
+            : xmlSaveToBuffer(buffer.get(), "UTF-8", XML_SAVE_NO_DECL | XML_SAVE_AS_XML);
     if (context == nullptr) {
         throw std::bad_alloc();
     }

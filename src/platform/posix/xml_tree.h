@@ -6,8 +6,8 @@
 #include "xml_source.h"
 
 #include <naxfewxmldb/platform/xml_dom.h>
-#include <optional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_set>
 

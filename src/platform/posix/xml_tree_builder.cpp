@@ -86,7 +86,10 @@ void AddDeclaration(xmlDocPtr document, const std::string& declaration) {
     }
 }
 
-void SetUrl(xmlDocPtr document, const std::string& url) {
+/// Place and encoding; without one the serializer writes references for all but ASCII.
+void SetOrigin(xmlDocPtr document, const std::string& url) {
+    xmlFree(const_cast<xmlChar*>(document->encoding));
+    document->encoding = xmlStrdup(XmlTextOf("UTF-8"));
     if (!url.empty()) {
         xmlFree(const_cast<xmlChar*>(document->URL));
         document->URL = xmlStrdup(XmlTextOf(url.c_str()));
@@ -110,7 +113,7 @@ std::shared_ptr<CXmlTree> BuildTree(CXmlSource& source, const std::string& url,
         RemoveBlankTexts(document.get());
     }
     AddDeclaration(document.get(), source.Declaration());
-    SetUrl(document.get(), url);
+    SetOrigin(document.get(), url);
     return std::make_shared<CXmlTree>(std::move(document));
 }
 
@@ -131,7 +134,7 @@ TDocHandle ParsePlain(const std::string& text, const std::string& url) {
     if (document == nullptr) {
         throw CXmlFailure(session.Fatal() ? session.Fatal()->reason : "The document is empty.");
     }
-    SetUrl(document.get(), url);
+    SetOrigin(document.get(), url);
     return document;
 }
 

@@ -25,6 +25,9 @@ struct NAXFEWXMLDB_EXPORT IXMLDOMNodeList : IDispatch {
     /// S_FALSE and a null output past the end.
     virtual HRESULT get_item(long index, IXMLDOMNode** item) noexcept = 0;
     virtual HRESULT get_length(long* length) noexcept = 0;
+
+protected:
+    ~IXMLDOMNodeList() = default;
 };
 
 struct NAXFEWXMLDB_EXPORT IXMLDOMNamedNodeMap : IDispatch {
@@ -33,6 +36,9 @@ struct NAXFEWXMLDB_EXPORT IXMLDOMNamedNodeMap : IDispatch {
     virtual HRESULT getNamedItem(BSTR name, IXMLDOMNode** item) noexcept = 0;
     virtual HRESULT get_item(long index, IXMLDOMNode** item) noexcept = 0;
     virtual HRESULT get_length(long* length) noexcept = 0;
+
+protected:
+    ~IXMLDOMNamedNodeMap() = default;
 };
 
 struct NAXFEWXMLDB_EXPORT IXMLDOMNode : IDispatch {
@@ -53,14 +59,23 @@ struct NAXFEWXMLDB_EXPORT IXMLDOMNode : IDispatch {
     /// Applies the stylesheet document to this node; fails with the processor's message as the
     /// description available through GetErrorDescription.
     virtual HRESULT transformNode(IXMLDOMNode* stylesheet, BSTR* result) noexcept = 0;
+
+protected:
+    ~IXMLDOMNode() = default;
 };
 
 struct NAXFEWXMLDB_EXPORT IXMLDOMElement : IXMLDOMNode {
     static const IID IID_;
+
+protected:
+    ~IXMLDOMElement() = default;
 };
 
 struct NAXFEWXMLDB_EXPORT IXMLDOMProcessingInstruction : IXMLDOMNode {
     static const IID IID_;
+
+protected:
+    ~IXMLDOMProcessingInstruction() = default;
 };
 
 /// One fault of a document. Lines and positions count from 1; 0 when there is none.
@@ -73,6 +88,9 @@ struct NAXFEWXMLDB_EXPORT IXMLDOMParseError : IDispatch {
     virtual HRESULT get_srcText(BSTR* text) noexcept = 0;
     virtual HRESULT get_line(long* line) noexcept = 0;
     virtual HRESULT get_linepos(long* position) noexcept = 0;
+
+protected:
+    ~IXMLDOMParseError() = default;
 };
 
 struct IXMLDOMParseErrorCollection;
@@ -80,6 +98,9 @@ struct IXMLDOMParseErrorCollection;
 struct NAXFEWXMLDB_EXPORT IXMLDOMParseError2 : IXMLDOMParseError {
     static const IID IID_;
     virtual HRESULT get_allErrors(IXMLDOMParseErrorCollection** errors) noexcept = 0;
+
+protected:
+    ~IXMLDOMParseError2() = default;
 };
 
 struct NAXFEWXMLDB_EXPORT IXMLDOMParseErrorCollection : IDispatch {
@@ -88,6 +109,9 @@ struct NAXFEWXMLDB_EXPORT IXMLDOMParseErrorCollection : IDispatch {
     virtual HRESULT get_item(long index, IXMLDOMParseError2** error) noexcept = 0;
     /// Counts every fault, also those whose details were not kept.
     virtual HRESULT get_length(long* length) noexcept = 0;
+
+protected:
+    ~IXMLDOMParseErrorCollection() = default;
 };
 
 /// Compiled schemas. Safe to share between documents of several threads once filled.
@@ -97,6 +121,9 @@ struct NAXFEWXMLDB_EXPORT IXMLDOMSchemaCollection2 : IDispatch {
     /// description when the schema cannot be compiled.
     virtual HRESULT add(BSTR namespaceUri, VARIANT schema) noexcept = 0;
     virtual HRESULT get_length(long* length) noexcept = 0;
+
+protected:
+    ~IXMLDOMSchemaCollection2() = default;
 };
 
 struct NAXFEWXMLDB_EXPORT IXMLDOMDocument2 : IXMLDOMNode {
@@ -117,6 +144,9 @@ struct NAXFEWXMLDB_EXPORT IXMLDOMDocument2 : IXMLDOMNode {
     /// Known names: "AllowDocumentFunction", "ProhibitDTD", "ValidateOnParse",
     /// "MultipleErrorMessages". Values are VT_I2 or VT_BOOL, 0 is false. E_INVALIDARG otherwise.
     virtual HRESULT setProperty(BSTR name, VARIANT value) noexcept = 0;
+
+protected:
+    ~IXMLDOMDocument2() = default;
 };
 
 using IXMLDOMNodePtr = _com_ptr_t<IXMLDOMNode>;

@@ -1,0 +1,86 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# Runs the program over a table of command lines: arguments, exit code, a text on each stream.
+set -u
+tool=$1
+examples=$2
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work" || exit 1
+passed=0
+failed=0
+
+# check NAME EXIT OUT ERR ARGUMENTS...: OUT and ERR are fixed texts, "" for an empty stream and "*"
+# for any.
+check() {
+  local name=$1 exit=$2 out=$3 err=$4 got
+  shift 4
+  "$tool" "$@" >out.txt 2>err.txt </dev/null
+  got=$?
+  if [ "$got" -eq "$exit" ] && holds out.txt "$out" && holds err.txt "$err"; then
+    passed=$((passed + 1))
+  else
+    failed=$((failed + 1))
+    printf 'FAILED: %s: %s\n  exit %s, wanted %s; wanted out "%s", err "%s"; got:\n' \
+      "$name" "$*" "$got" "$exit" "$out" "$err"
+    sed 's/^/  out: /' out.txt
+    sed 's/^/  err: /' err.txt
+  fi
+}
+
+holds() {
+  case $2 in
+    "*") return 0 ;;
+    "") [ ! -s "$1" ] ;;
+    *) grep -qF -- "$2" "$1" ;;
+  esac
+}
+
+clean=$examples/clean_landscape.xml
+faulty=$examples/faulty_landscape.xml
+printf '<Landscape' >broken.xml
+cp "$clean" validate
+cp "$clean" "with 'quote.xml"
+: >plain-file
+
+check 'clean' 0 'No findings.' '' "$clean"
+check 'default folder' 0 'landscape-report/UILandscape.db' '' "$clean"
+check 'named command' 0 'No findings.' '' validate "$clean"
+check 'faulty' 1 'rule 32' '' -o r "$faulty"
+check 'included file' 1 'faulty_include.xml' '' --output=r "$faulty"
+check 'never fails' 0 'errors' '' -o r --fail-on never "$faulty"
+check 'not well-formed' 1 'broken.xml' '' -o r broken.xml
+check 'quote in a name' 0 'No findings.' '' -o r "with 'quote.xml"
+check 'file named like the command' 0 'No findings.' '' -o r ./validate
+check 'missing file' 2 '' "cannot read 'none.xml': No such file" -o r none.xml
+check 'missing after good' 2 '1 error, 0 warnings' "cannot read 'none.xml'" -o r "$clean" none.xml
+check 'missing before bad' 2 'errors' "cannot read 'none.xml'" -o r none.xml "$faulty"
+check 'folder as file' 2 '' 'It is a folder' -o r .
+check 'no file' 2 '' 'FILE' validate
+check 'nothing' 2 '' 'subcommand' 
+check 'unknown option' 2 '' '--colour' --colour "$clean"
+check 'bad level' 2 '' '--fail-on' --fail-on fatal "$clean"
+check 'bad number' 2 '' '--keep-backups' --keep-backups -1 "$clean"
+check 'output is a file' 2 '' 'plain-file' -o plain-file "$clean"
+check 'output below a file' 2 '' 'plain-file/r' -o plain-file/r "$clean"
+check 'help' 0 'Exit codes' '' --help
+check 'help of the command' 0 '--keep-backups' '' validate --help
+check 'version' 0 'landscape-validator 0.' '' --version
+
+# A second run into a folder that the first one holds says so and changes nothing.
+mkdir -p held
+(
+  exec 9>held/.landscape-validator.lock
+  flock 9
+  check 'folder in use' 2 '' 'another run is writing' -o held "$clean"
+  [ ! -e held/UILandscape.db ] && [ "$failed" -eq 0 ]
+) || failed=$((failed + 1))
+
+# No colour codes in a file, whatever stands in the landscape.
+printf '<Landscape updated="1" a="\xc2\x9b31m"><Routers><Router uuid="&#x9;x" name="n" router="r"/>' \
+  >escape.xml
+printf '</Routers></Landscape>' >>escape.xml
+"$tool" -o r escape.xml | grep -q $'\x1b' && failed=$((failed + 1))
+
+echo "$passed passed, $failed failed"
+[ "$failed" -eq 0 ]
