@@ -20,7 +20,7 @@ namespace {
 using namespace Nax::FrontEnd::XMLDB::Bench;
 using namespace Nax::FrontEnd::XMLDB::Testing;
 
-constexpr std::uint64_t kSeeds = 150;
+constexpr std::uint64_t kSeeds = 60;
 
 std::string RunOn(const CScratchFolder& scratch, const SLandscapeModel& model) {
     for (const SModelFile& file : model.files) {

@@ -51,7 +51,7 @@ struct SRun {
     std::string database;
 };
 
-SRun Run(const CScratchFolder& scratch, const std::vector<std::string>& files,
+SRun RunTool(const CScratchFolder& scratch, const std::vector<std::string>& files,
          SOptions options = {}) {
     for (const std::string& file : files) {
         options.files.push_back(scratch.Path(file));
@@ -81,7 +81,7 @@ TEST(Run, IncludesAreFollowedOnceThroughCyclesAndRepeats) {
     scratch.Write("sub/a.xml", Landscape(Includes({"../main.xml", "../b.xml", "c.xml"})));
     scratch.Write("b.xml", Landscape(Includes({"b.xml"}) + Routers(1)));
     scratch.Write("sub/c.xml", Landscape(""));
-    const SRun run = Run(scratch, {"main.xml"});
+    const SRun run = RunTool(scratch, {"main.xml"});
     EXPECT_EQ(run.exitCode, ExitCode::Clean) << run.out << run.err;
     EXPECT_EQ(Column(run, "SELECT uri || '|' || indx || '|' || ifnull(name, 'NULL') FROM Files"),
               (std::vector<std::string>{"No explicit files information|-1|NULL",
@@ -107,7 +107,7 @@ TEST(Run, UnreachableIncludesAreTold) {
         const CScratchFolder scratch;
         scratch.Write("main.xml", Landscape(Includes({testCase.url})));
         std::filesystem::create_directory(scratch.Path("folder"));
-        const SRun run = Run(scratch, {"main.xml"});
+        const SRun run = RunTool(scratch, {"main.xml"});
         EXPECT_EQ(run.exitCode, testCase.exitCode) << testCase.url << run.out;
         EXPECT_NE(run.out.find(testCase.told), std::string::npos) << testCase.url << run.out;
         EXPECT_EQ(Column(run, "SELECT count(*) FROM Files"), std::vector<std::string>{"3"});
@@ -123,7 +123,7 @@ TEST(Run, AFileThatIsNotWellFormedLoadsNothingButIsAFinding) {
     const std::string good = Landscape(Routers(1));
     scratch.Write("good.xml", good);
     scratch.Write("broken.xml", good.substr(0, good.size() - 3));
-    const SRun run = Run(scratch, {"main.xml"});
+    const SRun run = RunTool(scratch, {"main.xml"});
     EXPECT_EQ(run.exitCode, ExitCode::Findings);
     EXPECT_EQ(Column(run, "SELECT file_id FROM Routers"), std::vector<std::string>{"2"});
     EXPECT_EQ(Column(run, "SELECT file_id || ResultId FROM ValidationResults WHERE RuleId = '-1'"),
@@ -137,7 +137,7 @@ TEST(Run, FilesThatViolateTheSchemaAreLoadedWithoutWhatIsUnknown) {
                             "\" name=\"r\" router=\"x\" colour=\"red\"/></Routers></Unknown>"
                             "<x:Router xmlns:x=\"urn:x\" uuid=\"" +
                             Uuid(2) + "\"/>"));
-    const SRun run = Run(scratch, {"main.xml"});
+    const SRun run = RunTool(scratch, {"main.xml"});
     EXPECT_EQ(run.exitCode, ExitCode::Findings);
     EXPECT_EQ(Column(run, "SELECT uuid FROM Routers"), std::vector<std::string>{Uuid(1)});
 }
@@ -153,7 +153,7 @@ TEST(Run, EveryKindOfElementBecomesARow) {
                   "<Services><Service type=\"URL\" uuid=\"" + Uuid(5) +
                   "\" transaction=\"T\"><Memo xml:space=\"preserve\">one\n &lt;two&gt; <![CDATA[f_uuid:'x';]]>"
                   "</Memo></Service></Services>"));
-    const SRun run = Run(scratch, {"main.xml"});
+    const SRun run = RunTool(scratch, {"main.xml"});
     EXPECT_EQ(run.exitCode, ExitCode::Clean) << run.out;
     EXPECT_EQ(Column(run, "SELECT updated || file_id FROM Landscape"),
               std::vector<std::string>{"2026-01-010"});
@@ -186,7 +186,7 @@ TEST(Run, ThresholdsGateTheExitCode) {
     for (const auto& testCase : kCases) {
         SOptions options;
         options.failOn = testCase.failOn;
-        const SRun run = Run(scratch, {testCase.file}, options);
+        const SRun run = RunTool(scratch, {testCase.file}, options);
         EXPECT_EQ(run.exitCode, testCase.exitCode)
             << testCase.file << static_cast<int>(testCase.failOn) << run.out;
     }
@@ -203,7 +203,7 @@ TEST(Run, TheNewestBackupsStayAndNothingElseIsTouched) {
     }
     SOptions options;
     options.keepBackups = 2;
-    EXPECT_EQ(Run(scratch, {"main.xml"}, options).exitCode, ExitCode::Clean);
+    EXPECT_EQ(RunTool(scratch, {"main.xml"}, options).exitCode, ExitCode::Clean);
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(scratch.Path("report"))) {
         names.push_back(entry.path().filename().string());
@@ -220,8 +220,8 @@ TEST(Run, LongListsAreCappedUnlessAllIsAsked) {
     scratch.Write("main.xml", Landscape(Routers(130, " colour=\"x\"")));
     SOptions all;
     all.showAll = true;
-    EXPECT_NE(Run(scratch, {"main.xml"}).out.find("10 of 130 shown"), std::string::npos);
-    const SRun run = Run(scratch, {"main.xml"}, all);
+    EXPECT_NE(RunTool(scratch, {"main.xml"}).out.find("10 of 130 shown"), std::string::npos);
+    const SRun run = RunTool(scratch, {"main.xml"}, all);
     EXPECT_NE(run.out.find("100 of 130 shown"), std::string::npos) << run.out;
     EXPECT_NE(run.out.find("130 errors"), std::string::npos) << run.out;
 }
