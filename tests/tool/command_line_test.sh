@@ -65,6 +65,9 @@ check 'output is a file' 2 '' 'plain-file' -o plain-file "$clean"
 check 'output below a file' 2 '' 'plain-file/r' -o plain-file/r "$clean"
 check 'help' 0 'Exit codes' '' --help
 check 'help of the command' 0 '--keep-backups' '' validate --help
+"$tool" -o r "$clean" >/dev/full 2>err.txt
+[ $? -eq 2 ] && grep -q 'cannot be written' err.txt || failed=$((failed + 1))
+
 check 'version' 0 'landscape-validator 0.' '' --version
 
 # A second run into a folder that the first one holds says so and changes nothing.

@@ -8,6 +8,7 @@
 #include "rule_indexes.h"
 #include "summary.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -149,11 +150,16 @@ private:
 
     ExitCode Report() {
         const SFindings findings = CollectFindings(*m_processor, m_loader->GetOutcomes());
-        const bool colours = IsStandardOutputTerminal() && std::getenv("NO_COLOR") == nullptr;
+        const char* noColour = std::getenv("NO_COLOR");
+        const bool colours =
+            IsStandardOutputTerminal() && (noColour == nullptr || *noColour == '\0');
         CSummary(m_out, {colours, m_options.showAll})
             .Print(findings, m_files, m_loader->GetEntryCount(), m_rules->GetRules().size());
         m_out << "Database: " << m_processor->GetDatabaseFileName() << '\n';
-        if (!m_complete || !m_out.flush()) {
+        if (!m_out.flush()) {
+            Fail("the summary cannot be written to standard output");
+        }
+        if (!m_complete) {
             return ExitCode::Failure;
         }
         for (int severity = 0; severity <= static_cast<int>(m_options.failOn); ++severity) {
