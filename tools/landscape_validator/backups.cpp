@@ -3,7 +3,7 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <regex>
+#include <string_view>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -14,15 +14,23 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr std::string_view kPattern = "UILandscape.db_dd-dd-dddd dd-dd-dd_.bak";
+
 /// The date of a backup's name, rearranged so that texts order as dates; empty for other names.
 std::string DateOf(const std::string& name) {
-    static const std::regex kBackup(
-        R"(UILandscape\.db_(\d\d)-(\d\d)-(\d{4}) (\d\d)-(\d\d)-(\d\d)_\.bak)");
-    std::smatch parts;
-    if (!std::regex_match(name, parts, kBackup)) {
-        return {};
+    std::string digits;
+    for (std::size_t at = 0; at < std::max(name.size(), kPattern.size()); ++at) {
+        const char wanted = at < kPattern.size() ? kPattern[at] : '\0';
+        const char found = at < name.size() ? name[at] : '\0';
+        // The pattern's first letters are the file's own name, which has one such letter too.
+        const bool digit = wanted == 'd' && at > kPattern.find('_');
+        if (digit && found >= '0' && found <= '9') {
+            digits += found;
+        } else if (digit || found != wanted) {
+            return {};
+        }
     }
-    return parts.str(3) + parts.str(2) + parts.str(1) + parts.str(4) + parts.str(5) + parts.str(6);
+    return digits.substr(4, 4) + digits.substr(2, 2) + digits.substr(0, 2) + digits.substr(8);
 }
 
 } // namespace
