@@ -19,6 +19,11 @@ add_custom_command(
 naxfewxmldb_embed_resources(naxfewxmldb_objects
   101 MY_TEXTINCLUDE resources/xsd_to_ddl.xslt
   106 MY_TEXTINCLUDE resources/landscape.xsd
+  108 MY_TEXTINCLUDE resources/report_page.htm
+  109 MY_TEXTINCLUDE resources/report_style.css
+  111 RT_RCDATA resources/NAX-icons.woff
   112 MY_TEXTINCLUDE resources/validation_rules.xml
+  113 MY_TEXTINCLUDE resources/export_actions.xml
+  114 RT_RCDATA resources/naxlogo_nax_quelin_10.png
   200 MY_TEXTINCLUDE resources/xml_namespace.xsd
   201 MY_TEXTINCLUDE "${rules_page}")
