@@ -84,6 +84,9 @@ section:target h2 { text-decoration: underline; text-underline-offset: .2em; }
   <xsl:template match="*" mode="entry">
     <xsl:variable name="description" select="$descriptions[@id = current()/@id]"/>
     <section id="rule-{@id}">
+      <a>
+        <xsl:attribute name="id"><xsl:call-template name="name-anchor"/></xsl:attribute>
+      </a>
       <h2><xsl:call-template name="label"/>: <xsl:value-of select="@name"/></h2>
       <p class="severity {@type}"><xsl:value-of select="@type"/></p>
       <h3>What it finds</h3>
@@ -100,6 +103,23 @@ section:target h2 { text-decoration: underline; text-underline-offset: .2em; }
       </xsl:if>
       <p class="top"><a href="#top">All rules</a></p>
     </section>
+  </xsl:template>
+
+  <!-- The report page knows rules by name only: their names with every character but
+       letters and digits spelled as a dash. Schema findings have a name of their own there. -->
+  <xsl:template name="name-anchor">
+    <xsl:variable name="plain" select="translate(substring(@name, 1, 80),
+        'ABCDEFGHIJKLMNOPQRSTUVWXYZ', 'abcdefghijklmnopqrstuvwxyz')"/>
+    <xsl:variable name="other"
+        select="translate($plain, 'abcdefghijklmnopqrstuvwxyz0123456789', '')"/>
+    <xsl:variable name="dashes"
+        select="'--------------------------------------------------------------------------------'"/>
+    <xsl:choose>
+      <xsl:when test="@id &lt; 0">name-validation-against-xsd</xsl:when>
+      <xsl:otherwise>
+        <xsl:value-of select="concat('name-', translate($plain, $other, $dashes))"/>
+      </xsl:otherwise>
+    </xsl:choose>
   </xsl:template>
 
   <xsl:template name="label">
