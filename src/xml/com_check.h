@@ -15,7 +15,7 @@ inline void CheckResult(HRESULT result, int line) {
     }
     const _com_error error(result, GetErrorDescription());
     NAX_TRACE_ERROR_STATIC("Nax::FrontEnd::XMLDB",
-                           "COM operation failed. HRESULT: %dMessage:%s\nLine: %d\n", result,
+                           "COM operation failed. HRESULT: %dMessage:%s\nLine: %d", result,
                            error.ErrorMessage(), line);
     throw error;
 }

@@ -92,8 +92,8 @@ void CXsdToDDLMapper::LoadBuiltIn() {
 }
 
 void CXsdToDDLMapper::TraceLoadStates() {
-    NAX_TRACE(kClass, "XSD load: %d\n", static_cast<int>(m_xsd->GetLoadState()));
-    NAX_TRACE(kClass, "XSLT load: %d\n", static_cast<int>(m_xslt->GetLoadState()));
+    NAX_TRACE(kClass, "XSD load: %d", static_cast<int>(m_xsd->GetLoadState()));
+    NAX_TRACE(kClass, "XSLT load: %d", static_cast<int>(m_xslt->GetLoadState()));
 }
 
 bool CXsdToDDLMapper::MapToDDL() {

@@ -15,8 +15,9 @@ namespace {
 
 using Testing::RowsOf;
 
-constexpr char kDump[] = "SELECT rowid, quote(a), typeof(a), quote(b), typeof(b), quote(n), "
-                         "typeof(n), quote(\"\"), typeof(\"\") FROM t ORDER BY rowid";
+constexpr char kDump[] =
+    "SELECT rowid, quote(a), typeof(a), quote(b), typeof(b), quote(n), "
+    "typeof(n), quote(\"\"), typeof(\"\") FROM t ORDER BY rowid";
 
 class CInsertStatementTest : public ::testing::Test {
 protected:
@@ -134,10 +135,10 @@ TEST_F(CInsertStatementTest, MoreFormsThanAreKeptStillRun) {
 
 TEST_F(CInsertStatementTest, RandomTextsLeaveTheSameRows) {
     const std::string pieces[] = {
-        "'",    "''",    "'||'", "||",   "|",   ",",     "(",   ")",    " ",
-        "\n",   "x",     "f_",   "f_a:", "ä",   "𝄞",     ";",   "--",   "/*",
-        "\"",   "\"q\"", "NULL", "null", "5",   "-3",    "0",   "1e2",  "0x1",
-        "'te'", "'a''b'", "''",  "'f'||'_'", "?", "@a",  "'12'", "+",   "-",
+        "'",    "''",     "'||'", "||",       "|", ",",  "(",    ")",   " ",
+        "\n",   "x",      "f_",   "f_a:",     "ä", "𝄞",  ";",    "--",  "/*",
+        "\"",   "\"q\"",  "NULL", "null",     "5", "-3", "0",    "1e2", "0x1",
+        "'te'", "'a''b'", "''",   "'f'||'_'", "?", "@a", "'12'", "+",   "-",
     };
     std::mt19937 random(20240305);
     const auto pick = [&random](std::size_t count) { return random() % count; };

@@ -4,9 +4,9 @@
 #include "database_rows.h"
 #include "scratch.h"
 
-#include <cstdlib>
 #include <gtest/gtest.h>
 #include <sqlite3.h>
+#include <cstdlib>
 
 namespace Nax::FrontEnd::XMLDB {
 
@@ -109,7 +109,8 @@ TEST_F(CSQLiteDatabaseTest, ExecuteRunsUpToTheFirstFailure) {
     LastErrorOf(m_database) = "before";
     EXPECT_TRUE(m_database.Execute("CREATE TABLE t (a); INSERT INTO t VALUES (1);"));
     EXPECT_EQ("before", LastError()) << "success keeps the text";
-    EXPECT_FALSE(m_database.Execute("INSERT INTO t VALUES (2); nonsense; INSERT INTO t VALUES (3)"));
+    EXPECT_FALSE(
+        m_database.Execute("INSERT INTO t VALUES (2); nonsense; INSERT INTO t VALUES (3)"));
     EXPECT_EQ("near \"nonsense\": syntax error", LastError());
     EXPECT_EQ((Rows{"1", "2"}), RowsOf(m_database, "SELECT a FROM t"));
     EXPECT_TRUE(m_database.Execute("INSERT INTO t VALUES (\"in double quotes\")"));
@@ -180,8 +181,9 @@ TEST_F(CSQLiteDatabaseTest, InsertBlobReportsFalseThoughTheRowIsThere) {
 }
 
 TEST_F(CSQLiteDatabaseTest, RecordsetReadsEveryKindOfValue) {
-    IRecordset& row = Prepare("SELECT NULL AS Nil, 42 AS Number, 2.5 AS Real, 'tëxt' AS Name, "
-                              "x'00ff' AS Bytes, '' AS Empty, 7 AS NUMBER");
+    IRecordset& row = Prepare(
+        "SELECT NULL AS Nil, 42 AS Number, 2.5 AS Real, 'tëxt' AS Name, "
+        "x'00ff' AS Bytes, '' AS Empty, 7 AS NUMBER");
     ASSERT_TRUE(row.MoveNext());
     const struct {
         bool null, integer, real, textOrBlob;
@@ -189,10 +191,10 @@ TEST_F(CSQLiteDatabaseTest, RecordsetReadsEveryKindOfValue) {
         int number;
         double fraction;
     } expected[] = {
-        {true, false, false, false, "", 0, 0},       {false, true, false, false, "42", 42, 42},
-        {false, false, true, false, "2.5", 2, 2.5},  {false, false, false, true, "tëxt", 0, 0},
-        {false, false, false, true, "", 0, 0},       {false, false, false, true, "", 0, 0},
-        {false, true, false, false, "7", 7, 7},      {true, false, false, false, "", 0, 0},
+        {true, false, false, false, "", 0, 0},      {false, true, false, false, "42", 42, 42},
+        {false, false, true, false, "2.5", 2, 2.5}, {false, false, false, true, "tëxt", 0, 0},
+        {false, false, false, true, "", 0, 0},      {false, false, false, true, "", 0, 0},
+        {false, true, false, false, "7", 7, 7},     {true, false, false, false, "", 0, 0},
     };
     for (int column = 0; column < 8; ++column) {
         const auto& want = expected[column];

@@ -4,8 +4,8 @@
 #include "database_rows.h"
 #include "scratch.h"
 
-#include <cstdint>
 #include <gtest/gtest.h>
+#include <cstdint>
 
 namespace Nax::FrontEnd::XMLDB {
 namespace {

@@ -14,13 +14,13 @@ protected:
 };
 
 TEST_F(CDBCommitTest, RenamesTheTablesInEitherMode) {
-    const Rows plural = {"Configuration", "Files",    "Items",      "LDAPS",
-                         "Landscape",     "Memos",    "Messageservers", "Nodes",
-                         "Parameters",    "Routers",  "Services",   "Webdispatchers",
-                         "Workspaces"};
+    const Rows plural = {"Configuration", "Files",          "Items",     "LDAPS",      "Landscape",
+                         "Memos",         "Messageservers", "Nodes",     "Parameters", "Routers",
+                         "Services",      "Webdispatchers", "Workspaces"};
     for (const DBMode mode : {Normal, Transactional}) {
         const auto processor = NewDatabase(mode);
-        EXPECT_EQ(mode == Normal ? 13U : 0U, Tables(*processor).size()) << "queued until the commit";
+        EXPECT_EQ(mode == Normal ? 13U : 0U, Tables(*processor).size())
+            << "queued until the commit";
         EXPECT_TRUE(Run(*processor, Commit)) << processor->GetLastDBError();
         EXPECT_EQ(plural, Tables(*processor));
         EXPECT_EQ(Normal, processor->GetMode());
@@ -31,8 +31,9 @@ TEST_F(CDBCommitTest, RenamesTheTablesInEitherMode) {
 
 TEST_F(CDBCommitTest, StopsAtTheFirstMissingTableAndStillSucceeds) {
     const auto processor = NewDatabase(Normal);
-    ASSERT_TRUE(processor->DB_ExecuteQuery("DROP TABLE Messageserver; CREATE TABLE Nodes (kept);"
-                                           "CREATE TABLE Messageservers (old)"));
+    ASSERT_TRUE(
+        processor->DB_ExecuteQuery("DROP TABLE Messageserver; CREATE TABLE Nodes (kept);"
+                                   "CREATE TABLE Messageservers (old)"));
     EXPECT_TRUE(Run(*processor, Commit));
     EXPECT_EQ((Rows{"Configuration", "Files", "Items", "LDAPS", "Landscape", "Memos", "Node",
                     "Nodes", "Parameter", "Router", "Service", "Webdispatcher", "Workspace"}),

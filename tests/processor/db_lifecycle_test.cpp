@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "processor_fixture.h"
 
+#include <naxfewxmldb/xml_document.h>
+#include <naxfewxmldb/xml_xsd_validator.h>
+#include <naxfewxmldb/xsd_to_ddl_mapper.h>
+#include <algorithm>
 #include <chrono>
 #include <ctime>
 #include <filesystem>
 #include <iomanip>
-#include <naxfewxmldb/xml_document.h>
-#include <naxfewxmldb/xml_xsd_validator.h>
-#include <naxfewxmldb/xsd_to_ddl_mapper.h>
-#include <regex>
 
 namespace Nax::FrontEnd::XMLDB::Testing {
 namespace {
@@ -75,21 +75,22 @@ TEST_F(CDBLifecycleTest, CreationMovesTheFileToADatedBackup) {
     EXPECT_EQ(Rows{}, Query(*processor, "SELECT name FROM sqlite_master WHERE name = 'kept'"));
 
     ASSERT_EQ(1U, Backups().size());
-    std::smatch match;
     const std::string name = Backups().front();
-    ASSERT_TRUE(std::regex_match(
-        name, match,
-        std::regex("UILandscape\\.db_(\\d\\d-\\d\\d-\\d{4} \\d\\d-\\d\\d-\\d\\d)_\\.bak")))
-        << name;
+    const std::string head = "UILandscape.db_";
+    constexpr char format[] = "%d-%m-%Y %H-%M-%S";
     std::tm local = {};
-    std::istringstream(match[1]) >> std::get_time(&local, "%d-%m-%Y %H-%M-%S");
+    std::istringstream(name.substr(std::min(head.size(), name.size()))) >>
+        std::get_time(&local, format);
     local.tm_isdst = -1;
+    std::ostringstream expected;
+    expected << head << std::put_time(&local, format) << "_.bak";
+    ASSERT_EQ(expected.str(), name);
     const auto stamp = std::chrono::system_clock::from_time_t(std::mktime(&local));
     EXPECT_GE(stamp, before - std::chrono::seconds(1));
     EXPECT_LE(stamp, after);
     std::filesystem::rename(m_folder.File(name), m_folder.File("copy.db"));
-    ASSERT_TRUE(processor->DB_ExecuteQuery(
-        ("ATTACH '" + m_folder.File("copy.db") + "' AS copy").c_str()));
+    ASSERT_TRUE(
+        processor->DB_ExecuteQuery(("ATTACH '" + m_folder.File("copy.db") + "' AS copy").c_str()));
     EXPECT_EQ(Rows{"kept"},
               Query(*processor, "SELECT name FROM copy.sqlite_master WHERE name = 'kept'"));
 }
@@ -98,7 +99,8 @@ TEST_F(CDBLifecycleTest, OpeningKeepsTheFileAndMakesNoBackup) {
     NewDatabase(Normal)->DB_ExecuteQuery("CREATE TABLE kept (a)");
     const auto processor = NewProcessor(Normal);
     EXPECT_TRUE(Run(*processor, openDB));
-    EXPECT_EQ(Rows{"kept"}, Query(*processor, "SELECT name FROM sqlite_master WHERE name = 'kept'"));
+    EXPECT_EQ(Rows{"kept"},
+              Query(*processor, "SELECT name FROM sqlite_master WHERE name = 'kept'"));
     EXPECT_EQ(Rows{}, Backups());
 }
 
@@ -117,10 +119,10 @@ TEST_F(CDBLifecycleTest, ForeignFileOpensThoughItRejectsTheEncoding) {
     const auto processor = NewProcessor(Normal);
     EXPECT_TRUE(processor->Initialize(false));
     EXPECT_FALSE(processor->DB_ExecuteQuery("SELECT * FROM sqlite_master"));
-    EXPECT_EQ(ErrorText("DB_ExecuteQuery", 257,
-                        "Failed execute query : SELECT * FROM sqlite_master",
-                        "file is not a database"),
-              processor->GetLastDBError());
+    EXPECT_EQ(
+        ErrorText("DB_ExecuteQuery", 257, "Failed execute query : SELECT * FROM sqlite_master",
+                  "file is not a database"),
+        processor->GetLastDBError());
 }
 
 TEST_F(CDBLifecycleTest, EndCommitsAnOpenTransaction) {
@@ -170,10 +172,11 @@ TEST_F(CDBLifecycleTest, GetFileReadsAWholeFile) {
 }
 
 TEST_F(CDBLifecycleTest, NamedSchemaFilesMakeTheTables) {
-    const std::string xsd = m_folder.Write(
-        "own.xsd", "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
-                   "<xs:element name='Thing'><xs:complexType><xs:attribute name='a' "
-                   "type='xs:string'/></xs:complexType></xs:element></xs:schema>");
+    const std::string xsd =
+        m_folder.Write("own.xsd",
+                       "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
+                       "<xs:element name='Thing'><xs:complexType><xs:attribute name='a' "
+                       "type='xs:string'/></xs:complexType></xs:element></xs:schema>");
     const std::string xslt =
         m_folder.Write("own.xslt", CXmlDbDocument::LoadInternalResource(101, nullptr));
     CDBProcessor processor(false, Normal, xsd.c_str(), xslt.c_str());

@@ -53,9 +53,9 @@ TEST_F(CDBOperationsTest, ResultAndRuleTablesAreMadeAnewInEitherMode) {
                                     " VALUES (1); CREATE TABLE other" + table + "(a)";
             ASSERT_TRUE(processor->DB_ExecuteQuery(old.c_str()));
             EXPECT_TRUE(Run(*processor, item.operation)) << table;
-            EXPECT_EQ(Rows{item.statement},
-                      Query(*processor,
-                            "SELECT sql FROM sqlite_master WHERE name = '" + table + "'"));
+            EXPECT_EQ(
+                Rows{item.statement},
+                Query(*processor, "SELECT sql FROM sqlite_master WHERE name = '" + table + "'"));
             EXPECT_EQ(item.operation == CreateResultIdTable ? "7" : "0",
                       Query(*processor, "SELECT count(*) FROM " + table).at(0));
         }
@@ -70,10 +70,10 @@ TEST_F(CDBOperationsTest, FixedTablesReportAnyFailedStatement) {
         "CREATE VIEW Rules AS SELECT 1 AS a"));
     EXPECT_FALSE(Run(*processor, CreateResultsTable));
     // The last failure is that of the last statement: the failing ones before did not stop it.
-    EXPECT_EQ(ErrorText("DB_ExecuteQuery", 257,
-                        "Failed execute query : DELETE FROM ValidationResults",
-                        "cannot modify ValidationResults because it is a view"),
-              processor->GetLastDBError());
+    EXPECT_EQ(
+        ErrorText("DB_ExecuteQuery", 257, "Failed execute query : DELETE FROM ValidationResults",
+                  "cannot modify ValidationResults because it is a view"),
+        processor->GetLastDBError());
     EXPECT_FALSE(Run(*processor, CreateRulesTable));
     EXPECT_FALSE(Run(*processor, CreateResultIdTable));
     EXPECT_EQ(ErrorText("DB_ExecuteQuery", 257,
@@ -105,8 +105,8 @@ TEST_F(CDBOperationsTest, LinkTablesTakeTheirRowsUntilTheCommit) {
         EXPECT_TRUE(processor->Process(AddLinkTalbeRecord, link));
         EXPECT_TRUE(processor->Process(AddLinkTalbeRecord, link));
         EXPECT_TRUE(processor->Process(
-            AddLinkTalbeRecord, SLinkTableProperties("Service Links", "item", "service", _bstr_t(),
-                                                     "service")));
+            AddLinkTalbeRecord,
+            SLinkTableProperties("Service Links", "item", "service", _bstr_t(), "service")));
         EXPECT_TRUE(Run(*processor, Commit)) << processor->GetLastDBError();
         EXPECT_EQ((Rows{"1|it's; a|ä;'", "2|it's; a|ä;'", "3|service|"}),
                   Query(*processor, "SELECT link_id, service, item FROM \"Service Links\""));
@@ -115,8 +115,8 @@ TEST_F(CDBOperationsTest, LinkTablesTakeTheirRowsUntilTheCommit) {
                   Query(*processor, "SELECT sql FROM sqlite_master WHERE name = 'Service Links'"));
 
         for (const DBOperations operation : {AddLinkTable, AddLinkTalbeRecord}) {
-            EXPECT_FALSE(processor->Process(
-                operation, SLinkTableProperties("Late", "a", "b", "1", "2")));
+            EXPECT_FALSE(
+                processor->Process(operation, SLinkTableProperties("Late", "a", "b", "1", "2")));
             EXPECT_EQ(ErrorText("Process", 451, "Data mapping already done", "not an error"),
                       processor->GetLastDBError());
         }
@@ -166,9 +166,10 @@ TEST_F(CDBOperationsTest, QueriesReportTheirOwnBlock) {
     EXPECT_TRUE(processor->DB_ExecuteQuery(""));
     EXPECT_TRUE(processor->DB_ExecuteQuery("CREATE TABLE a (b); INSERT INTO a VALUES (1)"));
     EXPECT_NE("", processor->GetLastDBError()) << "success keeps the last error";
-    EXPECT_STREQ("\n===Error===\nFunction: Nax::FrontEnd::XMLDB::CDBProcessor::DB_Clenup\n"
-                 "File: db_processor, Line: 203\n",
-                 kCleanupError);
+    EXPECT_STREQ(
+        "\n===Error===\nFunction: Nax::FrontEnd::XMLDB::CDBProcessor::DB_Clenup\n"
+        "File: db_processor, Line: 203\n",
+        kCleanupError);
 }
 
 TEST_F(CDBOperationsTest, UpdateStrRemovesSingleQuotes) {

@@ -46,9 +46,10 @@ TEST(MakeValueList, DeletesMarkersAndPadsInFront) {
 }
 
 TEST(MakeValueList, QuickWayEqualsTheStepwiseOne) {
-    const std::string pieces[] = {"f_",   "f",    "_",    ":",      ",",     "a",    "b",   "ab",
-                                  "f_a:", "f_b:", "f_:",  "f_ab:",  "data:", "f_data:", "'v',",
-                                  "f_a_b:", "f_f_a:", "file_id:", "f_file_id:", "'x'||'_y',", "ä"};
+    const std::string pieces[] = {
+        "f_",   "f",      "_",      ":",        ",",          "a",          "b",
+        "ab",   "f_a:",   "f_b:",   "f_:",      "f_ab:",      "data:",      "f_data:",
+        "'v',", "f_a_b:", "f_f_a:", "file_id:", "f_file_id:", "'x'||'_y',", "ä"};
     const Columns columns[] = {{"a", "b"},
                                {"", "a", "ab", "file_id"},
                                {"b", "a", "a_b", "file_id", "parent_id"},

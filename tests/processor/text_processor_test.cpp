@@ -10,8 +10,7 @@ TEST(TextProcessor, SplitsIntoOneMoreThanThereAreSeparators) {
     const struct {
         const char* text;
         Pieces pieces;
-    } cases[] = {
-        {"", {""}}, {"a", {"a"}}, {";", {"", ""}}, {"a;;b;", {"a", "", "b", ""}}};
+    } cases[] = {{"", {""}}, {"a", {"a"}}, {";", {"", ""}}, {"a;;b;", {"a", "", "b", ""}}};
     for (const auto& item : cases) {
         EXPECT_EQ(item.pieces, TextProcessor().Split(item.text, ';')) << item.text;
     }
@@ -30,7 +29,8 @@ TEST(TextProcessor, ReplacesPairByPairInOnePassEach) {
         {"a", {{"a", "b"}, {"b", "c"}}, "c"},
         {"b", {{"a", "b"}, {"b", "a"}}, "a"},
         {"abc", {{"", "x"}}, "abc"},
-        {"index transaction indexes", {{"transaction", "trans"}, {"index", "indx"}},
+        {"index transaction indexes",
+         {{"transaction", "trans"}, {"index", "indx"}},
          "indx trans indxes"},
     };
     const TextProcessor processor;
