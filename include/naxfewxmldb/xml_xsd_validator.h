@@ -19,8 +19,8 @@ struct SXmlIssue {
 
 /// What a validation found, as data.
 struct SXmlValidationResult {
-    bool wellFormed = false; ///< the file could be read to its end
-    long total = 0;          ///< number of faults
+    bool wellFormed = false;       ///< the file could be read to its end
+    long total = 0;                ///< number of faults
     std::vector<SXmlIssue> issues; ///< the first 100
 };
 

@@ -70,19 +70,19 @@ bool CBoundInserts::Bind(sqlite3_stmt* statement) const {
         ++parameter;
         int result = SQLITE_OK;
         switch (literal.kind) {
-        case CInsertStatement::EKind::Null:
-            result = sqlite3_bind_null(statement, parameter);
-            break;
-        case CInsertStatement::EKind::Integer:
-            result = sqlite3_bind_int64(statement, parameter, literal.number);
-            break;
-        case CInsertStatement::EKind::Text: {
-            const std::string_view text = m_insert.GetText(literal);
-            // Static: the text outlives the step, and every parameter is bound anew each time.
-            result = sqlite3_bind_text64(statement, parameter, text.data(), text.size(),
-                                         SQLITE_STATIC, SQLITE_UTF8);
-            break;
-        }
+            case CInsertStatement::EKind::Null:
+                result = sqlite3_bind_null(statement, parameter);
+                break;
+            case CInsertStatement::EKind::Integer:
+                result = sqlite3_bind_int64(statement, parameter, literal.number);
+                break;
+            case CInsertStatement::EKind::Text: {
+                const std::string_view text = m_insert.GetText(literal);
+                // Static: the text outlives the step, and every parameter is bound anew each time.
+                result = sqlite3_bind_text64(statement, parameter, text.data(), text.size(),
+                                             SQLITE_STATIC, SQLITE_UTF8);
+                break;
+            }
         }
         if (result != SQLITE_OK) {
             return false;

@@ -30,8 +30,7 @@ public:
                           CStringA& name) override;
     bool GetParameterIndex(const std::shared_ptr<IRecordset>& recordset, const CStringA& name,
                            int& index) override;
-    bool BindDouble(const std::shared_ptr<IRecordset>& recordset, int index,
-                    double value) override;
+    bool BindDouble(const std::shared_ptr<IRecordset>& recordset, int index, double value) override;
     bool BindText(const std::shared_ptr<IRecordset>& recordset, int index, CStringA& text) override;
     bool BindInt64(const std::shared_ptr<IRecordset>& recordset, int index,
                    std::int64_t value) override;

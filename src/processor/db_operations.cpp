@@ -41,12 +41,12 @@ constexpr ResultCodes kResultIdOrder[] = {
     RuntimeError,     ValidationAgainstXSDFailed, ValidationAgainstXSDPassed};
 
 std::string Describe(const SLinkTableProperties& properties) {
-    return Format("table: %s, first column: %s, second column: %s, first value: %s, "
-                  "second value: %s",
-                  ToNarrow(properties.tableName).c_str(), ToNarrow(properties.firstColumn).c_str(),
-                  ToNarrow(properties.secondColumn).c_str(),
-                  ToNarrow(properties.firstValue).c_str(),
-                  ToNarrow(properties.secondValue).c_str());
+    return Format(
+        "table: %s, first column: %s, second column: %s, first value: %s, "
+        "second value: %s",
+        ToNarrow(properties.tableName).c_str(), ToNarrow(properties.firstColumn).c_str(),
+        ToNarrow(properties.secondColumn).c_str(), ToNarrow(properties.firstValue).c_str(),
+        ToNarrow(properties.secondValue).c_str());
 }
 
 } // namespace
@@ -56,8 +56,7 @@ bool CDBProcessor::Process(DBOperations operation, const std::basic_stringstream
     try {
         std::string text;
         AppendUtf8(text, data.view());
-        NAX_TRACE(kClass, "Operation: %s, sdata: '%s'\n",
-                  DBOperationName(operation), text.c_str());
+        NAX_TRACE(kClass, "Operation: %s, sdata: '%s'\n", DBOperationName(operation), text.c_str());
         result = Dispatch(operation, text);
     } catch (const std::exception& exception) {
         result = Error(kProcessError, exception.what());
@@ -71,8 +70,8 @@ bool CDBProcessor::Process(DBOperations operation, const SLinkTableProperties& p
     if (m_dataMapped) {
         return Error(kProcessError, "Data mapping already done");
     }
-    NAX_TRACE(kClass, "Operation: %s, linked_table_props:'%s'\n",
-              DBOperationName(operation), Describe(properties).c_str());
+    NAX_TRACE(kClass, "Operation: %s, linked_table_props:'%s'\n", DBOperationName(operation),
+              Describe(properties).c_str());
     bool result = false;
     if (operation == AddLinkTable) {
         result = CreateLinksTableDDL(properties);
@@ -85,47 +84,47 @@ bool CDBProcessor::Process(DBOperations operation, const SLinkTableProperties& p
 
 bool CDBProcessor::Dispatch(DBOperations operation, const std::string& text) {
     switch (operation) {
-    case createDB:
-        return Initialize(true) && DB_Create_Scheme();
-    case openDB:
-        return Initialize(false);
-    case Commit:
-        return DB_Commit();
-    case CreateResultsTable:
-        return RecreateTable(kDropResults, kCreateResults, kEmptyResults);
-    case CreateRulesTable:
-        return RecreateTable(kDropRules, kCreateRules, kEmptyRules);
-    case CreateResultIdTable:
-        return CreateResultIds();
-    default:
-        return AddElementRecord(operation, text.c_str());
+        case createDB:
+            return Initialize(true) && DB_Create_Scheme();
+        case openDB:
+            return Initialize(false);
+        case Commit:
+            return DB_Commit();
+        case CreateResultsTable:
+            return RecreateTable(kDropResults, kCreateResults, kEmptyResults);
+        case CreateRulesTable:
+            return RecreateTable(kDropRules, kCreateRules, kEmptyRules);
+        case CreateResultIdTable:
+            return CreateResultIds();
+        default:
+            return AddElementRecord(operation, text.c_str());
     }
 }
 
 bool CDBProcessor::AddElementRecord(DBOperations operation, const char* text) {
     switch (operation) {
-    case AddWorkspace:
-        return AddWorkspaceRecord(text);
-    case AddMessageServer:
-        return AddMessageServerRecord(text);
-    case AddRouter:
-        return AddRouterRecord(text);
-    case AddWebDispatcher:
-        return AddWebDispatcherRecord(text);
-    case AddNode:
-        return AddNodeRecord(text);
-    case AddLDAP:
-        return AddLDAPRecord(text);
-    case AddService:
-        return AddServiceRecord(text);
-    case AddParameter:
-        return AddParameterRecord(text);
-    case DBOperations::AddItem:
-        return AddItem(text);
-    case AddServerConfigurationFile:
-        return AddServerConfigurationFileRecord(text);
-    default:
-        return false;
+        case AddWorkspace:
+            return AddWorkspaceRecord(text);
+        case AddMessageServer:
+            return AddMessageServerRecord(text);
+        case AddRouter:
+            return AddRouterRecord(text);
+        case AddWebDispatcher:
+            return AddWebDispatcherRecord(text);
+        case AddNode:
+            return AddNodeRecord(text);
+        case AddLDAP:
+            return AddLDAPRecord(text);
+        case AddService:
+            return AddServiceRecord(text);
+        case AddParameter:
+            return AddParameterRecord(text);
+        case DBOperations::AddItem:
+            return AddItem(text);
+        case AddServerConfigurationFile:
+            return AddServerConfigurationFileRecord(text);
+        default:
+            return false;
     }
 }
 
@@ -157,8 +156,8 @@ bool CDBProcessor::DB_ExecuteQuery(const char* sql) {
         if (m_database == nullptr || !m_database->Execute(sql)) {
             const bool failed =
                 Error(kExecuteError, std::string("Failed execute query : ").append(sql));
-            NAX_TRACE_ERROR(kClass, "DB_ExecuteQuery: '%s', result: %d\n",
-                            sql, static_cast<int>(failed));
+            NAX_TRACE_ERROR(kClass, "DB_ExecuteQuery: '%s', result: %d\n", sql,
+                            static_cast<int>(failed));
             return false;
         }
     }
@@ -185,8 +184,8 @@ bool CDBProcessor::DB_ExecuteQuery(const char* sql, std::shared_ptr<IRecordset>&
             return false;
         }
     }
-    NAX_TRACE(kClass, "DB_ExecuteQuery: %s, result: %d, pRecordset: %d\n",
-              sql, 1, static_cast<int>(recordset != nullptr));
+    NAX_TRACE(kClass, "DB_ExecuteQuery: %s, result: %d, pRecordset: %d\n", sql, 1,
+              static_cast<int>(recordset != nullptr));
     return true;
 }
 

@@ -9,8 +9,8 @@
 #include "platform/known_folders.h"
 #include "processor/error_blocks.h"
 #include "processor/operation_names.h"
-#include "support/file_utils.h"
 #include "support/bstr_text.h"
+#include "support/file_utils.h"
 #include "support/trace.h"
 
 namespace Nax::FrontEnd::XMLDB {
@@ -35,8 +35,8 @@ CDBProcessor::CDBProcessor(bool useResources, DBMode mode, const _bstr_t& xsdFil
       m_mapper(std::make_shared<CXsdToDDLMapper>(useResources, xsdFile, xsltFile)),
       m_validator(std::make_shared<CXmlXsdValidator>(true)),
       m_errorMutex(std::make_shared<std::recursive_mutex>()) {
-    NAX_TRACE(kClass, "CDBProcessor created. Mode: '%s'\nxsdFile: %s\nxsltFile: %s\n", DBModeName(m_mode),
-              m_xsdFile.c_str(), m_xsltFile.c_str());
+    NAX_TRACE(kClass, "CDBProcessor created. Mode: '%s'\nxsdFile: %s\nxsltFile: %s\n",
+              DBModeName(m_mode), m_xsdFile.c_str(), m_xsltFile.c_str());
 }
 
 CDBProcessor::~CDBProcessor() {
@@ -55,8 +55,7 @@ bool CDBProcessor::Initialize(bool backup) {
         return Error(kInitializeError, "Failed to open database");
     }
     const bool switched = m_database->Execute("PRAGMA encoding = 'UTF-16'");
-    NAX_TRACE(kClass, "Switching database encoding to UTF-16 - %s\n",
-              switched ? "OK" : "Failed");
+    NAX_TRACE(kClass, "Switching database encoding to UTF-16 - %s\n", switched ? "OK" : "Failed");
     return true;
 }
 

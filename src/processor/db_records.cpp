@@ -4,8 +4,8 @@
 #include <naxfewxmldb/xsd_to_ddl_mapper.h>
 
 #include "processor/record_values.h"
-#include "support/format.h"
 #include "support/bstr_text.h"
+#include "support/format.h"
 
 #include <string_view>
 
@@ -79,20 +79,20 @@ bool CDBProcessor::DB_AddQuery(const char* sql) {
 }
 
 bool CDBProcessor::CreateLinksTableDDL(const SLinkTableProperties& properties) {
-    const std::string sql =
-        Format("CREATE TABLE \"%s\" ( \"link_id\" INTEGER, \"%s\" TEXT, \"%s\" TEXT, "
-               "PRIMARY KEY(\"link_id\"))",
-               ToNarrow(properties.tableName).c_str(), ToNarrow(properties.firstColumn).c_str(),
-               ToNarrow(properties.secondColumn).c_str());
+    const std::string sql = Format(
+        "CREATE TABLE \"%s\" ( \"link_id\" INTEGER, \"%s\" TEXT, \"%s\" TEXT, "
+        "PRIMARY KEY(\"link_id\"))",
+        ToNarrow(properties.tableName).c_str(), ToNarrow(properties.firstColumn).c_str(),
+        ToNarrow(properties.secondColumn).c_str());
     return DB_AddQuery(sql.c_str());
 }
 
 bool CDBProcessor::DB_AddRecordLinkTable(const SLinkTableProperties& properties) {
-    const std::string sql = Format(
-        "INSERT INTO \"%s\" (%s, %s) VALUES (\"%s\", \"%s\")",
-        ToNarrow(properties.tableName).c_str(), ToNarrow(properties.firstColumn).c_str(),
-        ToNarrow(properties.secondColumn).c_str(), ToNarrow(properties.firstValue).c_str(),
-        ToNarrow(properties.secondValue).c_str());
+    const std::string sql =
+        Format("INSERT INTO \"%s\" (%s, %s) VALUES (\"%s\", \"%s\")",
+               ToNarrow(properties.tableName).c_str(), ToNarrow(properties.firstColumn).c_str(),
+               ToNarrow(properties.secondColumn).c_str(), ToNarrow(properties.firstValue).c_str(),
+               ToNarrow(properties.secondValue).c_str());
     return DB_AddQuery(sql.c_str());
 }
 

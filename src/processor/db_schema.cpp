@@ -103,9 +103,8 @@ bool CDBProcessor::DB_Post_Update() {
     DropAllViews();
     bool result = true;
     for (const STableRename& rename : kTableRenames) {
-        const std::string sql =
-            Format("DROP TABLE IF EXISTS %s;\nALTER TABLE %s RENAME TO %s", rename.plural,
-                   rename.singular, rename.plural);
+        const std::string sql = Format("DROP TABLE IF EXISTS %s;\nALTER TABLE %s RENAME TO %s",
+                                       rename.plural, rename.singular, rename.plural);
         result = DB_ExecuteQuery(sql.c_str());
         if (!result) {
             break;
@@ -136,8 +135,7 @@ bool CDBProcessor::DB_Clenup() {
     for (const auto& [table, prefix] : m_insertPrefixes) {
         const std::string sql = "DELETE FROM " + table;
         result = m_database != nullptr && m_database->Execute(sql.c_str());
-        NAX_TRACE(kClass, "DB_Clenup: %s, result: %d\n", sql.c_str(),
-                  static_cast<int>(result));
+        NAX_TRACE(kClass, "DB_Clenup: %s, result: %d\n", sql.c_str(), static_cast<int>(result));
         if (!result) {
             Error(kCleanupError, "Failed execute query : " + sql);
             break;
@@ -162,8 +160,8 @@ bool CDBProcessor::DB_CreateBackup(const std::string& dbFile, bool deleteSource)
                             static_cast<int>(code), ErrorMessageWin32(code).c_str());
         }
     }
-    NAX_TRACE(kClass, "DB_Backup: DB file: '%s', result: %d\n",
-              dbFile.c_str(), static_cast<int>(result));
+    NAX_TRACE(kClass, "DB_Backup: DB file: '%s', result: %d\n", dbFile.c_str(),
+              static_cast<int>(result));
     return result;
 }
 

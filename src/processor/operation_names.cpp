@@ -9,22 +9,14 @@ namespace Nax::FrontEnd::XMLDB {
 namespace {
 
 constexpr std::array kOperations = {
-    "DBOperations::createDB",
-    "DBOperations::openDB",
-    "DBOperations::AddWorkspace",
-    "DBOperations::AddMessageServer",
-    "DBOperations::AddRouter",
-    "DBOperations::AddWebDispatcher",
-    "DBOperations::AddNode",
-    "DBOperations::AddLDAP",
-    "DBOperations::AddService",
-    "DBOperations::AddParameter",
-    "DBOperations::AddItem",
-    "DBOperations::AddServerConfigurationFile",
-    "DBOperations::AddLinkTable",
-    "DBOperations::AddLinkTalbeRecord",
-    "DBOperations::Commit",
-    "DBOperations::CreateResultsTable",
+    "DBOperations::createDB",         "DBOperations::openDB",
+    "DBOperations::AddWorkspace",     "DBOperations::AddMessageServer",
+    "DBOperations::AddRouter",        "DBOperations::AddWebDispatcher",
+    "DBOperations::AddNode",          "DBOperations::AddLDAP",
+    "DBOperations::AddService",       "DBOperations::AddParameter",
+    "DBOperations::AddItem",          "DBOperations::AddServerConfigurationFile",
+    "DBOperations::AddLinkTable",     "DBOperations::AddLinkTalbeRecord",
+    "DBOperations::Commit",           "DBOperations::CreateResultsTable",
     "DBOperations::CreateRulesTable",
 };
 
@@ -49,10 +41,10 @@ const char* TextAt(const std::array<const char*, Size>& texts, int index, const 
 
 const char* DBModeName(DBMode mode) noexcept {
     switch (mode) {
-    case Normal:
-        return "DBMode::Normal";
-    case Transactional:
-        return "DBMode::Transactional";
+        case Normal:
+            return "DBMode::Normal";
+        case Transactional:
+            return "DBMode::Transactional";
     }
     return "Unknown";
 }

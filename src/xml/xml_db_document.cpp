@@ -32,9 +32,8 @@ CXmlDbDocument::CXmlDbDocument() {
         NAX_CHECK(m_document->appendChild(declaration, nullptr));
         NAX_TRACE(kClass, "CXmlDbDocument created'\n");
     } catch (const _com_error& error) {
-        CXmlDbDocument::Error(
-            ErrorBlock("CXmlDbDocument::CXmlDbDocument", kFile, __LINE__).c_str(),
-            DescribeComError(error).c_str());
+        CXmlDbDocument::Error(ErrorBlock("CXmlDbDocument::CXmlDbDocument", kFile, __LINE__).c_str(),
+                              DescribeComError(error).c_str());
     }
 }
 
@@ -80,8 +79,8 @@ bool CXmlDbDocument::FinishLoad(bool loaded) {
     NAX_CHECK(m_parseError->get_errorCode(&code));
     NAX_CHECK(m_parseError->get_reason(reason.GetAddress()));
     // One text for both ways of loading; hosts search their logs for it.
-    m_lastError = Format("CXmlDbDocument::LoadXML failed. Error: %d,\n%s\n",
-                         static_cast<int>(code), ToNarrow(reason).c_str());
+    m_lastError = Format("CXmlDbDocument::LoadXML failed. Error: %d,\n%s\n", static_cast<int>(code),
+                         ToNarrow(reason).c_str());
     return false;
 }
 
@@ -109,10 +108,9 @@ bool CXmlDbDocument::Error(const char* block, const char* message) {
 std::string CXmlDbDocument::LoadInternalResource(int id, unsigned long* size) {
     std::string text;
     HMODULE module = nullptr;
-    GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
-                           GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                       reinterpret_cast<const char*>(&CXmlDbDocument::LoadInternalResource),
-                       &module);
+    GetModuleHandleExA(
+        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+        reinterpret_cast<const char*>(&CXmlDbDocument::LoadInternalResource), &module);
     const HRSRC resource = size != nullptr
                                ? FindResourceA(module, MAKEINTRESOURCEA(id), RT_RCDATA)
                                : FindResourceA(module, MAKEINTRESOURCEA(id), kTextResource);

@@ -67,10 +67,11 @@ IXMLDOMDocument2Ptr CreateValidatingDocument(const _bstr_t& schema) {
 }
 
 std::string FormatHeader(const char* label, const std::string& name, const SReportedFault& first) {
-    return Format("<p><strong>%s</strong> '%s'\nValidation against XSD scheme: failed!\n\n"
-                  "Reason: %s\nSource: %s\nLine: %d\n</p>",
-                  label, name.c_str(), first.reason.c_str(), first.source.c_str(),
-                  static_cast<int>(first.line));
+    return Format(
+        "<p><strong>%s</strong> '%s'\nValidation against XSD scheme: failed!\n\n"
+        "Reason: %s\nSource: %s\nLine: %d\n</p>",
+        label, name.c_str(), first.reason.c_str(), first.source.c_str(),
+        static_cast<int>(first.line));
 }
 
 /// Reads the first faults and the number of all.
@@ -94,16 +95,17 @@ std::string FormatIssues(const SXmlValidationResult& result) {
     std::string text;
     int number = 0;
     for (const SXmlIssue& issue : result.issues) {
-        text += Format("<p>\n<strong>Issue # %d</strong>: %s\n<strong>Source:</strong> %s\n"
-                       "<strong>Line:</strong> %d\n</p>",
-                       ++number, issue.reason.c_str(), issue.source.c_str(),
-                       static_cast<int>(issue.line));
+        text += Format(
+            "<p>\n<strong>Issue # %d</strong>: %s\n<strong>Source:</strong> %s\n"
+            "<strong>Line:</strong> %d\n</p>",
+            ++number, issue.reason.c_str(), issue.source.c_str(), static_cast<int>(issue.line));
     }
     if (result.total > number) {
-        text += Format("<p>\n<strong><span style=\"color: red; \">Issue # ...</span>: Only the "
-                       "first %d errors were displayed; a total of %d errors occurred.\n"
-                       "</strong></p>",
-                       static_cast<int>(kMaxShown), static_cast<int>(result.total));
+        text += Format(
+            "<p>\n<strong><span style=\"color: red; \">Issue # ...</span>: Only the "
+            "first %d errors were displayed; a total of %d errors occurred.\n"
+            "</strong></p>",
+            static_cast<int>(kMaxShown), static_cast<int>(result.total));
     }
     return text;
 }
@@ -161,9 +163,9 @@ bool CXmlXsdValidator::Check(const SRequest& request, _bstr_t& message) {
                                       : document->load(path, &valid));
     request.result.wellFormed = true;
     if (valid == VARIANT_TRUE) {
-        message = Format("%s '%s'\nValidation against XSD scheme: successed.\n\n", label,
-                         name.c_str())
-                      .c_str();
+        message =
+            Format("%s '%s'\nValidation against XSD scheme: successed.\n\n", label, name.c_str())
+                .c_str();
     } else {
         IXMLDOMParseErrorPtr error;
         NAX_CHECK(document->get_parseError(&error));

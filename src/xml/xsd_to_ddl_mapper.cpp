@@ -132,7 +132,8 @@ void CXsdToDDLMapper::ProcessStatement(std::string statement) {
     }
     if (table != "Include") {
         const bool injected = InsertBeforeKey(statement, "file_id TEXT ,\n");
-        NAX_TRACE(kClass, "%s", injected ? "Injection 'file_id'\n" : "Injection 'file_id' FAILED!\n");
+        NAX_TRACE(kClass, "%s",
+                  injected ? "Injection 'file_id'\n" : "Injection 'file_id' FAILED!\n");
     }
     if (table == "Item" || table == "Node") {
         m_queryBuilder.RegisterColumn(table, "parent_id", "TEXT");
@@ -154,8 +155,9 @@ bool CXsdToDDLMapper::Transform(std::string& ddl) {
         _bstr_t result;
         NAX_CHECK(xsd->transformNode(xslt.GetInterfacePtr(), result.GetAddress()));
         ddl = ToNarrow(result);
-        NAX_TRACE(kClass, "Transformation XSD to DDL completed successfully. The DDL data was "
-                          "generated.\n");
+        NAX_TRACE(kClass,
+                  "Transformation XSD to DDL completed successfully. The DDL data was "
+                  "generated.\n");
         return true;
     } catch (const _com_error& error) {
         return Error(ErrorBlock("CXsdToDDLMapper::Transform", kFile, __LINE__).c_str(),

@@ -19,7 +19,7 @@ Rows ReadRows(const std::string& databasePath, const std::string& sql) {
         throw std::runtime_error(sqlite3_errmsg(opened));
     }
     const std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)> statement(prepared,
-                                                                              sqlite3_finalize);
+                                                                               sqlite3_finalize);
     Rows rows;
     while (sqlite3_step(prepared) == SQLITE_ROW) {
         auto& row = rows.emplace_back();

@@ -39,10 +39,10 @@ std::string RunOn(const CScratchFolder& scratch, const SLandscapeModel& model) {
 
 std::vector<SExpectedFinding> ReadFindings(const std::string& database) {
     std::vector<SExpectedFinding> findings;
-    for (const auto& row :
-         ReadRows(database, "SELECT RuleId, UUID, file_id, ResultDescription FROM "
-                            "ValidationResults WHERE ResultId IN ('0', '2', '5', '6') "
-                            "AND CAST(RuleId AS INTEGER) >= 0")) {
+    for (const auto& row : ReadRows(database,
+                                    "SELECT RuleId, UUID, file_id, ResultDescription FROM "
+                                    "ValidationResults WHERE ResultId IN ('0', '2', '5', '6') "
+                                    "AND CAST(RuleId AS INTEGER) >= 0")) {
         findings.push_back({std::stoi(row[0].value_or("-2")), row[1].value_or(""),
                             std::stoi(row[2].value_or("-2")), row[3].value_or("")});
     }
@@ -85,11 +85,14 @@ TEST(GeneratedLandscapes, FindingsAgreeWithTheIndependentReading) {
 }
 
 std::string TableOf(EKind kind) {
-    static const std::map<EKind, std::string> kTables = {
-        {EKind::Service, "Services"},     {EKind::Workspace, "Workspaces"},
-        {EKind::Node, "Nodes"},           {EKind::Item, "Items"},
-        {EKind::Messageserver, "Messageservers"}, {EKind::Router, "Routers"},
-        {EKind::Ldap, "LDAPS"},           {EKind::Webdispatcher, "Webdispatchers"}};
+    static const std::map<EKind, std::string> kTables = {{EKind::Service, "Services"},
+                                                         {EKind::Workspace, "Workspaces"},
+                                                         {EKind::Node, "Nodes"},
+                                                         {EKind::Item, "Items"},
+                                                         {EKind::Messageserver, "Messageservers"},
+                                                         {EKind::Router, "Routers"},
+                                                         {EKind::Ldap, "LDAPS"},
+                                                         {EKind::Webdispatcher, "Webdispatchers"}};
     return kTables.at(kind);
 }
 
@@ -169,8 +172,8 @@ TEST(GeneratedLandscapes, MemosAreStoredUnaltered) {
             }
         }
         const std::string database = RunOn(scratch, model);
-        for (const char* sql : {"SELECT \"\" FROM Services WHERE \"\" IS NOT NULL",
-                                "SELECT \"\" FROM Memos"}) {
+        for (const char* sql :
+             {"SELECT \"\" FROM Services WHERE \"\" IS NOT NULL", "SELECT \"\" FROM Memos"}) {
             std::vector<std::string> stored;
             for (const auto& row : ReadRows(database, sql)) {
                 stored.push_back(row[0].value_or("NULL"));

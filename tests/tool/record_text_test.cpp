@@ -43,9 +43,9 @@ TEST(RecordText, ValuesStandInColumnOrderWithOneDataMarker) {
                           {"file_id", ColumnContent::FileIndex, false},
                           {"parent_id", ColumnContent::ParentUuid, false}},
                          {}};
-    EXPECT_EQ(MakeRecordText(item, {std::string_view("u"), std::nullopt, std::string_view("p")},
-                             "0"),
-              "{f_data:f_uuid:'u','0',f_parent_id:'p',");
+    EXPECT_EQ(
+        MakeRecordText(item, {std::string_view("u"), std::nullopt, std::string_view("p")}, "0"),
+        "{f_data:f_uuid:'u','0',f_parent_id:'p',");
 }
 
 } // namespace

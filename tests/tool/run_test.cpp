@@ -52,7 +52,7 @@ struct SRun {
 };
 
 SRun RunTool(const CScratchFolder& scratch, const std::vector<std::string>& files,
-         SOptions options = {}) {
+             SOptions options = {}) {
     for (const std::string& file : files) {
         options.files.push_back(scratch.Path(file));
     }
@@ -84,11 +84,10 @@ TEST(Run, IncludesAreFollowedOnceThroughCyclesAndRepeats) {
     const SRun run = RunTool(scratch, {"main.xml"});
     EXPECT_EQ(run.exitCode, ExitCode::Clean) << run.out << run.err;
     EXPECT_EQ(Column(run, "SELECT uri || '|' || indx || '|' || ifnull(name, 'NULL') FROM Files"),
-              (std::vector<std::string>{"No explicit files information|-1|NULL",
-                                        scratch.Path("main.xml") + "|0|NULL",
-                                        scratch.Path("sub/a.xml") + "|1|entry",
-                                        scratch.Path("b.xml") + "|2|entry",
-                                        scratch.Path("sub/c.xml") + "|3|entry"}));
+              (std::vector<std::string>{
+                  "No explicit files information|-1|NULL", scratch.Path("main.xml") + "|0|NULL",
+                  scratch.Path("sub/a.xml") + "|1|entry", scratch.Path("b.xml") + "|2|entry",
+                  scratch.Path("sub/c.xml") + "|3|entry"}));
     EXPECT_EQ(Column(run, "SELECT file_id FROM Routers"), std::vector<std::string>{"2"});
 }
 
@@ -144,15 +143,18 @@ TEST(Run, FilesThatViolateTheSchemaAreLoadedWithoutWhatIsUnknown) {
 
 TEST(Run, EveryKindOfElementBecomesARow) {
     const CScratchFolder scratch;
-    scratch.Write(
-        "main.xml",
-        Landscape("<Configuration><Parameter key=\"k\" value=\"v\"/></Configuration>"
-                  "<Workspaces><Workspace name=\"w\" uuid=\"" + Uuid(1) + "\"><Node name=\"n\" uuid=\"" +
-                  Uuid(2) + "\"><Node name=\"m\" uuid=\"" + Uuid(3) + "\"><Item uuid=\"" + Uuid(4) +
-                  "\" serviceid=\"" + Uuid(5) + "\"/></Node></Node></Workspace></Workspaces>"
-                  "<Services><Service type=\"URL\" uuid=\"" + Uuid(5) +
-                  "\" transaction=\"T\"><Memo xml:space=\"preserve\">one\n &lt;two&gt; <![CDATA[f_uuid:'x';]]>"
-                  "</Memo></Service></Services>"));
+    scratch.Write("main.xml",
+                  Landscape("<Configuration><Parameter key=\"k\" value=\"v\"/></Configuration>"
+                            "<Workspaces><Workspace name=\"w\" uuid=\"" +
+                            Uuid(1) + "\"><Node name=\"n\" uuid=\"" + Uuid(2) +
+                            "\"><Node name=\"m\" uuid=\"" + Uuid(3) + "\"><Item uuid=\"" + Uuid(4) +
+                            "\" serviceid=\"" + Uuid(5) +
+                            "\"/></Node></Node></Workspace></Workspaces>"
+                            "<Services><Service type=\"URL\" uuid=\"" +
+                            Uuid(5) +
+                            "\" transaction=\"T\"><Memo xml:space=\"preserve\">one\n &lt;two&gt; "
+                            "<![CDATA[f_uuid:'x';]]>"
+                            "</Memo></Service></Services>"));
     const SRun run = RunTool(scratch, {"main.xml"});
     EXPECT_EQ(run.exitCode, ExitCode::Clean) << run.out;
     EXPECT_EQ(Column(run, "SELECT updated || file_id FROM Landscape"),
@@ -195,10 +197,9 @@ TEST(Run, ThresholdsGateTheExitCode) {
 TEST(Run, TheNewestBackupsStayAndNothingElseIsTouched) {
     const CScratchFolder scratch;
     scratch.Write("main.xml", Landscape(""));
-    for (const char* name : {"UILandscape.db_01-02-2025 00-00-00_.bak",
-                             "UILandscape.db_31-12-2024 23-59-59_.bak",
-                             "UILandscape.db_02-01-2025 00-00-00_.bak", "UILandscape.db_mine.bak",
-                             "notes.bak"}) {
+    for (const char* name :
+         {"UILandscape.db_01-02-2025 00-00-00_.bak", "UILandscape.db_31-12-2024 23-59-59_.bak",
+          "UILandscape.db_02-01-2025 00-00-00_.bak", "UILandscape.db_mine.bak", "notes.bak"}) {
         scratch.Write(std::string("report/") + name, "old");
     }
     SOptions options;
@@ -209,10 +210,10 @@ TEST(Run, TheNewestBackupsStayAndNothingElseIsTouched) {
         names.push_back(entry.path().filename().string());
     }
     std::sort(names.begin(), names.end());
-    EXPECT_EQ(names, (std::vector<std::string>{"UILandscape.db",
-                                               "UILandscape.db_01-02-2025 00-00-00_.bak",
-                                               "UILandscape.db_02-01-2025 00-00-00_.bak",
-                                               "UILandscape.db_mine.bak", "notes.bak"}));
+    EXPECT_EQ(names,
+              (std::vector<std::string>{"UILandscape.db", "UILandscape.db_01-02-2025 00-00-00_.bak",
+                                        "UILandscape.db_02-01-2025 00-00-00_.bak",
+                                        "UILandscape.db_mine.bak", "notes.bak"}));
 }
 
 TEST(Run, LongListsAreCappedUnlessAllIsAsked) {

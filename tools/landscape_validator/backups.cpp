@@ -14,19 +14,16 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::string_view kPattern = "UILandscape.db_dd-dd-dddd dd-dd-dd_.bak";
-
-/// The date of a backup's name, rearranged so that texts order as dates; empty for other names.
-std::string DateOf(const std::string& name) {
+/// The date in a name, rearranged so that texts order as dates; empty for other names.
+std::string DateOf(std::string_view name, std::string_view pattern) {
+    if (name.size() != pattern.size()) {
+        return {};
+    }
     std::string digits;
-    for (std::size_t at = 0; at < std::max(name.size(), kPattern.size()); ++at) {
-        const char wanted = at < kPattern.size() ? kPattern[at] : '\0';
-        const char found = at < name.size() ? name[at] : '\0';
-        // The pattern's first letters are the file's own name, which has one such letter too.
-        const bool digit = wanted == 'd' && at > kPattern.find('_');
-        if (digit && found >= '0' && found <= '9') {
-            digits += found;
-        } else if (digit || found != wanted) {
+    for (std::size_t at = 0; at < name.size(); ++at) {
+        if (pattern[at] == '#' && name[at] >= '0' && name[at] <= '9') {
+            digits += name[at];
+        } else if (pattern[at] != name[at]) {
             return {};
         }
     }
@@ -35,11 +32,11 @@ std::string DateOf(const std::string& name) {
 
 } // namespace
 
-int RemoveOldBackups(const std::string& folder, int keep) {
+int RemoveOldFiles(const std::string& folder, std::string_view pattern, int keep) {
     std::vector<std::pair<std::string, fs::path>> backups;
     std::error_code error;
     for (const fs::directory_entry& entry : fs::directory_iterator(folder, error)) {
-        std::string date = DateOf(entry.path().filename().string());
+        std::string date = DateOf(entry.path().filename().string(), pattern);
         if (!date.empty() && entry.is_regular_file(error)) {
             backups.emplace_back(std::move(date), entry.path());
         }
@@ -50,6 +47,10 @@ int RemoveOldBackups(const std::string& folder, int keep) {
         removed += fs::remove(backups[index].second, error) ? 1 : 0;
     }
     return removed;
+}
+
+int RemoveOldBackups(const std::string& folder, int keep) {
+    return RemoveOldFiles(folder, "UILandscape.db_##-##-#### ##-##-##_.bak", keep);
 }
 
 } // namespace LandscapeValidator

@@ -2,11 +2,16 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace LandscapeValidator {
 
-/// Removes all but the newest `keep` backups of the database from `folder`. Only files named as
-/// the library names them count; their age is the date in the name. Returns the number removed.
+/// Removes all but the newest `keep` files named by `pattern` from `folder` and returns their
+/// number. In the pattern each "#" stands for a digit, in the order day, month, year (four
+/// digits), hour, minute, second: a file's age is the date in its name.
+int RemoveOldFiles(const std::string& folder, std::string_view pattern, int keep);
+
+/// The same for backups of the database, as the library names them.
 int RemoveOldBackups(const std::string& folder, int keep);
 
 } // namespace LandscapeValidator

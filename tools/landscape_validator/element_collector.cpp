@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "element_collector.h"
 
-
 namespace LandscapeValidator {
 
 using namespace Nax::FrontEnd::XMLDB;

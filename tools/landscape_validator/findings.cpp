@@ -22,8 +22,8 @@ int ToNumber(const CStringA& text, int whenEmpty) {
     return text.IsEmpty() ? whenEmpty : static_cast<int>(std::strtol(text, nullptr, 10));
 }
 
-void AddCount(std::map<std::pair<int, Severity>, SRuleCount>& counts, int ruleId,
-              Severity severity, const std::string& name, std::size_t count) {
+void AddCount(std::map<std::pair<int, Severity>, SRuleCount>& counts, int ruleId, Severity severity,
+              const std::string& name, std::size_t count) {
     SRuleCount& rule = counts[{ruleId, severity}];
     rule.ruleId = ruleId;
     rule.severity = severity;
@@ -74,12 +74,11 @@ SFindings CollectFindings(CDBProcessor& processor, const std::vector<SFileOutcom
             all.findings.push_back(std::move(finding));
         }
     }
-    std::sort(all.findings.begin(), all.findings.end(),
-              [](const SFinding& left, const SFinding& right) {
-                  return std::tie(left.fileIndex, left.severity, left.line, left.ruleId,
-                                  left.text) < std::tie(right.fileIndex, right.severity,
-                                                        right.line, right.ruleId, right.text);
-              });
+    std::sort(
+        all.findings.begin(), all.findings.end(), [](const SFinding& left, const SFinding& right) {
+            return std::tie(left.fileIndex, left.severity, left.line, left.ruleId, left.text) <
+                   std::tie(right.fileIndex, right.severity, right.line, right.ruleId, right.text);
+        });
     for (auto& [key, rule] : counts) {
         all.rules.push_back(std::move(rule));
     }

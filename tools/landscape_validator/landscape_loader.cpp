@@ -65,8 +65,8 @@ void CLandscapeLoader::SkipRemoteFile(const SLandscapeFile& file) {
     SFileOutcome& outcome = m_outcomes.back();
     outcome.code = ValidationInfo;
     outcome.note = "The included file was not followed: only local files are read.";
-    const std::string message = "<p><strong>Included file: </strong> '" + file.url + "'\n" +
-                                outcome.note + "\n</p>";
+    const std::string message =
+        "<p><strong>Included file: </strong> '" + file.url + "'\n" + outcome.note + "\n</p>";
     m_findings[_bstr_t(file.url.c_str())] = {_bstr_t(message.c_str()), outcome.code};
 }
 
@@ -94,8 +94,8 @@ bool CLandscapeLoader::AddRecords(const CRecordBuffer& records, const std::strin
     records.ForEach([&](const CRecordBuffer::SRecord& record) {
         const STable& table = m_tables[record.table];
         if (table.operation) {
-            added = Process(*table.operation, MakeRecordText(table, record.values, fileIndex)) &&
-                    added;
+            added =
+                Process(*table.operation, MakeRecordText(table, record.values, fileIndex)) && added;
             ++m_entryCount;
         } else {
             m_remainingRows.push_back(MakeInsert(table, record.values, fileIndex));

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "landscape_tables.h"
 
-
 namespace LandscapeValidator {
 
 using namespace Nax::FrontEnd::XMLDB;
@@ -13,10 +12,14 @@ using Attributes = std::map<std::string, bool>;
 using Elements = std::map<std::string, Attributes>;
 
 const std::map<std::string, DBOperations, std::less<>> kOperations = {
-    {"Workspace", AddWorkspace}, {"Messageserver", AddMessageServer},
-    {"Router", AddRouter},       {"Webdispatcher", AddWebDispatcher},
-    {"Node", AddNode},           {"LDAP", AddLDAP},
-    {"Service", AddService},     {"Parameter", AddParameter},
+    {"Workspace", AddWorkspace},
+    {"Messageserver", AddMessageServer},
+    {"Router", AddRouter},
+    {"Webdispatcher", AddWebDispatcher},
+    {"Node", AddNode},
+    {"LDAP", AddLDAP},
+    {"Service", AddService},
+    {"Parameter", AddParameter},
     {"Item", DBOperations::AddItem}};
 
 std::string Narrow(const _bstr_t& text) {

@@ -26,8 +26,8 @@ Examples:
 std::vector<std::string> WithCommand(std::vector<std::string> arguments) {
     static constexpr std::array<std::string_view, 5> kWords = {"validate", "-h", "--help",
                                                                "--version", "-V"};
-    const bool known = !arguments.empty() && std::find(kWords.begin(), kWords.end(),
-                                                       arguments.front()) != kWords.end();
+    const bool known = !arguments.empty() &&
+                       std::find(kWords.begin(), kWords.end(), arguments.front()) != kWords.end();
     if (!known && !arguments.empty()) {
         arguments.insert(arguments.begin(), "validate");
     }
@@ -50,8 +50,7 @@ void AddValidateOptions(CLI::App& command, SOptions& options) {
         ->option_text("LEVEL [error]")
         ->transform(CLI::CheckedTransformer(kThresholds).description(""));
     command
-        .add_option("--keep-backups", options.keepBackups,
-                    "How many earlier databases stay in DIR")
+        .add_option("--keep-backups", options.keepBackups, "How many earlier databases stay in DIR")
         ->option_text("N [5]")
         ->check(CLI::NonNegativeNumber.description(""));
     command.add_flag("--all", options.showAll, "Print every finding, not the first of each file");
@@ -64,8 +63,7 @@ void AddValidateOptions(CLI::App& command, SOptions& options) {
 } // namespace
 
 std::optional<SOptions> ParseCommandLine(const std::vector<std::string>& arguments,
-                                         std::ostream& out, std::ostream& err,
-                                         ExitCode& exitCode) {
+                                         std::ostream& out, std::ostream& err, ExitCode& exitCode) {
     SOptions options;
     CLI::App app("Finds every fault in landscape XML files and explains it.",
                  "landscape-validator");

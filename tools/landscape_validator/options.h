@@ -24,7 +24,6 @@ struct SOptions {
 /// Reads the command line. Without a value the program ends with `exitCode`: help or version have
 /// been written to `out`, or what is wrong to `err`.
 std::optional<SOptions> ParseCommandLine(const std::vector<std::string>& arguments,
-                                         std::ostream& out, std::ostream& err,
-                                         ExitCode& exitCode);
+                                         std::ostream& out, std::ostream& err, ExitCode& exitCode);
 
 } // namespace LandscapeValidator

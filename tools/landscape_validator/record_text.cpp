@@ -12,9 +12,8 @@ namespace {
 constexpr std::string_view kDataMarker = "f_data:";
 
 bool HasTextColumn(const STable& table) {
-    return std::any_of(table.columns.begin(), table.columns.end(), [](const SColumn& column) {
-        return column.content == ColumnContent::Text;
-    });
+    return std::any_of(table.columns.begin(), table.columns.end(),
+                       [](const SColumn& column) { return column.content == ColumnContent::Text; });
 }
 
 } // namespace
@@ -48,18 +47,18 @@ std::string MakeRecordText(const STable& table, const CRecordBuffer::Values& val
     for (std::size_t column = 0; column < table.columns.size(); ++column) {
         const SColumn& description = table.columns[column];
         switch (description.content) {
-        case ColumnContent::Text:
-            text += kDataMarker;
-            AppendLiteral(text, values[column]);
-            break;
-        case ColumnContent::FileIndex:
-            AppendLiteral(text, fileIndex);
-            break;
-        case ColumnContent::Attribute:
-        case ColumnContent::ParentUuid:
-            text.append("f_").append(description.name).append(":");
-            AppendLiteral(text, values[column]);
-            break;
+            case ColumnContent::Text:
+                text += kDataMarker;
+                AppendLiteral(text, values[column]);
+                break;
+            case ColumnContent::FileIndex:
+                AppendLiteral(text, fileIndex);
+                break;
+            case ColumnContent::Attribute:
+            case ColumnContent::ParentUuid:
+                text.append("f_").append(description.name).append(":");
+                AppendLiteral(text, values[column]);
+                break;
         }
         text += ',';
     }

@@ -16,10 +16,10 @@ struct SIndexedColumn {
 };
 
 constexpr std::array kColumns = {
-    SIndexedColumn{"Services", "uuid"},       SIndexedColumn{"Items", "uuid"},
-    SIndexedColumn{"Items", "serviceid"},     SIndexedColumn{"Nodes", "uuid"},
-    SIndexedColumn{"Workspaces", "uuid"},     SIndexedColumn{"Messageservers", "uuid"},
-    SIndexedColumn{"Routers", "uuid"},        SIndexedColumn{"Webdispatchers", "uuid"},
+    SIndexedColumn{"Services", "uuid"},   SIndexedColumn{"Items", "uuid"},
+    SIndexedColumn{"Items", "serviceid"}, SIndexedColumn{"Nodes", "uuid"},
+    SIndexedColumn{"Workspaces", "uuid"}, SIndexedColumn{"Messageservers", "uuid"},
+    SIndexedColumn{"Routers", "uuid"},    SIndexedColumn{"Webdispatchers", "uuid"},
     SIndexedColumn{"LDAPS", "uuid"},
 };
 

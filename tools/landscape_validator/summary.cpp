@@ -14,12 +14,12 @@ constexpr int kLabelWidth = 7;
 
 const char* ColourOf(Severity severity) {
     switch (severity) {
-    case Severity::Error:
-        return "\x1b[31m";
-    case Severity::Warning:
-        return "\x1b[33m";
-    default:
-        return "\x1b[36m";
+        case Severity::Error:
+            return "\x1b[31m";
+        case Severity::Warning:
+            return "\x1b[33m";
+        default:
+            return "\x1b[36m";
     }
 }
 
@@ -113,13 +113,12 @@ void CSummary::PrintFile(const std::string& title, const SFinding* begin, const 
 }
 
 void CSummary::PrintFinding(const SFinding& finding) {
-    std::string where = finding.ruleId == kSchemaRuleId ? "schema"
-                                                        : fmt::format("rule {}", finding.ruleId);
+    std::string where =
+        finding.ruleId == kSchemaRuleId ? "schema" : fmt::format("rule {}", finding.ruleId);
     if (finding.line > 0) {
         where = fmt::format("line {}", finding.line);
     }
-    m_out << fmt::format("  {} {:<10} {}\n", Label(finding.severity), where,
-                         OneLine(finding.text));
+    m_out << fmt::format("  {} {:<10} {}\n", Label(finding.severity), where, OneLine(finding.text));
 }
 
 void CSummary::PrintTotals(const SFindings& findings) {

@@ -89,18 +89,19 @@ private:
         std::error_code error;
         fs::create_directories(folder, error);
         if (!fs::is_directory(folder)) {
-            return Fail("cannot make the output folder '" + folder + "': " +
-                        (error ? error.message() : "A file has that name"));
+            return Fail("cannot make the output folder '" + folder +
+                        "': " + (error ? error.message() : "A file has that name"));
         }
         std::string reason;
         switch (LockFolder(folder, m_lock, reason)) {
-        case LockOutcome::Taken:
-            break;
-        case LockOutcome::HeldElsewhere:
-            return Fail("another run is writing into '" + folder + "'; wait for it or choose "
-                        "another folder with --output");
-        case LockOutcome::Failed:
-            return Fail("cannot write into the output folder '" + folder + "': " + reason);
+            case LockOutcome::Taken:
+                break;
+            case LockOutcome::HeldElsewhere:
+                return Fail("another run is writing into '" + folder +
+                            "'; wait for it or choose "
+                            "another folder with --output");
+            case LockOutcome::Failed:
+                return Fail("cannot write into the output folder '" + folder + "': " + reason);
         }
         OverrideKnownFolder(KnownFolder::LocalAppData, fs::absolute(folder).string().c_str());
         if (!m_options.configFolder.empty()) {

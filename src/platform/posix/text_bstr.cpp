@@ -69,9 +69,8 @@ struct _bstr_t::Data {
     ~Data() { SysFreeString(wide); }
 
     char* Narrow() {
-        std::call_once(narrowMade, [this] {
-            Nax::FrontEnd::XMLDB::AppendUtf8(narrow, ViewOf(wide));
-        });
+        std::call_once(narrowMade,
+                       [this] { Nax::FrontEnd::XMLDB::AppendUtf8(narrow, ViewOf(wide)); });
         return narrow.data();
     }
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <naxfewxmldb/platform/narrow_string.h>
 
+#include <strings.h>
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
-#include <strings.h>
 
 void CStringA::Format(const char* format, ...) {
     va_list arguments;
