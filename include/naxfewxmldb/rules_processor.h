@@ -7,6 +7,7 @@
 #include <naxfewxmldb/rule.h>
 #include <naxfewxmldb/text_types.h>
 
+#include <atomic>
 #include <map>
 #include <memory>
 #include <string>
@@ -16,7 +17,9 @@
 namespace Nax::FrontEnd::XMLDB {
 
 class CDBProcessor;
+class CThreadLimiter;
 class CXmlDbDocument;
+struct SExportContext;
 
 /// Outcome of one file's schema check: the validator's message and its result code.
 using SchemaFinding = std::pair<_bstr_t, ResultCodes>;
@@ -24,11 +27,13 @@ using SchemaFinding = std::pair<_bstr_t, ResultCodes>;
 using SchemaFindings = std::map<_bstr_t, SchemaFinding>;
 
 /// The rules engine: loads validation rules, runs them over a filled landscape database and
-/// collects their findings in table `ValidationResults`.
+/// collects their findings in table `ValidationResults`; afterwards settles the results of rules
+/// and files and exports them as JSON, report page and XML summary.
 ///
-/// Order of calls: construct, LoadRules, Execute, PreProcess. Shares the database processor with
-/// its rules. One thread at a time. Failures are traced and reported as false; failing statements
-/// never stop those after them.
+/// Order of calls: construct, LoadRules, Execute, PreProcess, PostProcess, GenerateReport. Shares
+/// the database processor with its rules. One thread at a time; exports run on threads of their
+/// own, which have ended when the call returns. Failures are traced and reported as false; failing
+/// statements never stop those after them.
 class NAXFEWXMLDB_EXPORT CRulesProcessor {
 public:
     CRulesProcessor(const std::shared_ptr<CDBProcessor>& processor, const _bstr_t& resultText);
@@ -54,6 +59,39 @@ public:
     /// last row, false when there was none.
     bool PreProcess(const SchemaFindings& findings);
 
+    /// Settles the result codes of rules and files, loads the export rules, runs ExecuteExport
+    /// with the other five arguments and drops the columns that only the run needed. All steps
+    /// are taken whatever their results; true when the codes were settled, the export rules could
+    /// be loaded and the export succeeded.
+    bool PostProcess(const _bstr_t& exportRulesPath, const _bstr_t& outputFolder, int exportMode,
+                     int debugSwitch, int reserved, const _bstr_t& jsonFolder);
+    /// Reads export rules (the built-in ones when the database processor uses resources, whatever
+    /// the path) behind those already loaded. The result is whether the document could be loaded.
+    bool LoadExportRules(const _bstr_t& exportRulesPath);
+    std::vector<std::shared_ptr<IRule>> GetRulesExport() const;
+    /// Runs every export rule on a thread of its own, then every rule's PostRun, which writes the
+    /// report page with its style sheet, icon font and logo to `outputFolder`.
+    ///
+    /// `exportMode` 0 writes the JSON texts to files in `jsonFolder`, or beside the page when that
+    /// is empty; 1 puts them into the page. With a `debugSwitch` other than 0 every exported
+    /// statement also becomes a view "__Debug__<name of its output>". `reserved` is 0. An empty
+    /// `outputFolder` means "Nax/LandscapeValidation" in the user's local application data when
+    /// the database processor uses resources, else the user's application-data folder. Missing
+    /// folders are created.
+    ///
+    /// The result is that of the export which ended last, false without export rules and when a
+    /// file of the report could not be written.
+    bool ExecuteExport(const _bstr_t& outputFolder, int exportMode, int debugSwitch, int reserved,
+                       const _bstr_t& jsonFolder);
+    /// Writes "Data_<date and time>_.xml" into the folder of the last export, or into the user's
+    /// application-data folder when there was none. Values are written as they are, without
+    /// escaping. Always true.
+    bool GenerateReport();
+    /// Page, style sheet, time stamp and folder of the report are made once per process, by the
+    /// first export; every later export of any rules processor goes on with them. Call this before
+    /// an export that shall have a report of its own, while no export is running.
+    static void StartNewReport();
+
 private:
     bool ReadRules();
     std::shared_ptr<IRule> ReadRule(IXMLDOMNode* node) const;
@@ -64,11 +102,25 @@ private:
     bool ProcessXSDValidationMsgs(const SchemaFindings& findings);
     bool InsertSchemaFinding(const _bstr_t& uri, const SchemaFinding& finding);
     std::string GetFileIndex(const std::string& uri) const;
+    bool PostProcessingUpdates(bool begin);
+    bool DeriveResultCodes();
+    bool TrimResults();
+    bool ExecuteTraced(const std::string& sql);
+    std::shared_ptr<IRule> ReadExportRule(IXMLDOMNode* node) const;
+    bool RunExportRules(const SExportContext& context);
+    void RunExportRule(IRule& rule, const SExportContext& context, std::atomic<bool>& result) const;
+    bool PostRunExportRules();
 
     std::string m_resultText;
+    std::string m_reportPagePath;
+    std::string m_styleSheetPath;
+    std::string m_summaryFolder;
     std::vector<std::shared_ptr<IRule>> m_rules;
+    std::vector<std::shared_ptr<IRule>> m_exportRules;
     std::unique_ptr<CXmlDbDocument> m_rulesDocument;
+    std::unique_ptr<CXmlDbDocument> m_exportDocument;
     std::shared_ptr<CDBProcessor> m_processor;
+    std::unique_ptr<CThreadLimiter> m_exportThreads;
 };
 
 } // namespace Nax::FrontEnd::XMLDB

@@ -13,6 +13,27 @@ namespace {
 
 constexpr char kNotConnected[] = "Not connected to the database";
 
+/// Keeps other threads' statements off a connection while its message is read: they may replace the
+/// message, and with it the memory that it stands in.
+class CConnectionGuard {
+public:
+    explicit CConnectionGuard(sqlite3* connection)
+        : m_mutex(connection == nullptr ? nullptr : sqlite3_db_mutex(connection)) {
+        sqlite3_mutex_enter(m_mutex);
+    }
+    CConnectionGuard(const CConnectionGuard&) = delete;
+    CConnectionGuard& operator=(const CConnectionGuard&) = delete;
+    ~CConnectionGuard() { sqlite3_mutex_leave(m_mutex); }
+
+private:
+    sqlite3_mutex* m_mutex;
+};
+
+CStringA ReadMessage(sqlite3* connection) {
+    const CConnectionGuard guard(connection);
+    return sqlite3_errmsg(connection);
+}
+
 } // namespace
 
 std::atomic<bool> CSQLiteDatabase::s_transactionStarted = false;
@@ -88,10 +109,16 @@ bool CSQLiteDatabase::ExecuteQuery(const char* sql, std::shared_ptr<IRecordset>&
     }
     const auto created = std::make_shared<CSQLiteRecordset>();
     recordset = created;
-    if (sqlite3_prepare_v2(m_connection, sql, -1, &created->m_statement, nullptr) == SQLITE_OK) {
-        return true;
+    CStringA message;
+    {
+        const CConnectionGuard guard(m_connection);
+        if (sqlite3_prepare_v2(m_connection, sql, -1, &created->m_statement, nullptr) ==
+            SQLITE_OK) {
+            return true;
+        }
+        message = sqlite3_errmsg(m_connection);
     }
-    GetLastError();
+    Fail(message);
     created->Close();
     recordset.reset();
     return false;
@@ -141,9 +168,11 @@ void* CSQLiteDatabase::GetExtension() {
 }
 
 CStringA CSQLiteDatabase::GetLastError() {
+    // Read before the lock is taken: a thread with a lock of ours may wait for the connection.
+    CStringA message = ReadMessage(m_connection);
     const std::lock_guard lock(m_lastErrorMutex);
-    m_lastError = sqlite3_errmsg(m_connection);
-    return m_lastError;
+    m_lastError = message;
+    return message;
 }
 
 bool CSQLiteDatabase::InsertBlob(const char* sql, const void* data, int size) {

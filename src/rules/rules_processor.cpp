@@ -4,7 +4,9 @@
 #include <naxfewxmldb/rules_processor.h>
 #include <naxfewxmldb/xml_document.h>
 
+#include "rules/rule_elements.h"
 #include "rules/sql_rule.h"
+#include "rules/thread_limiter.h"
 #include "support/bstr_text.h"
 #include "support/format.h"
 #include "support/trace.h"
@@ -23,7 +25,9 @@ CRulesProcessor::CRulesProcessor(const std::shared_ptr<CDBProcessor>& processor,
                                  const _bstr_t& resultText)
     : m_resultText(ToNarrow(resultText)),
       m_rulesDocument(std::make_unique<CXmlDbDocument>()),
-      m_processor(processor) {
+      m_exportDocument(std::make_unique<CXmlDbDocument>()),
+      m_processor(processor),
+      m_exportThreads(std::make_unique<CThreadLimiter>()) {
     NAX_TRACE(kClass, "CRulesProcessor created\n");
 }
 
@@ -43,11 +47,10 @@ bool CRulesProcessor::LoadRules(const _bstr_t& rulesPath) {
         return false;
     }
     Initialize();
-    const bool loaded =
-        m_processor->GetUseResources()
-            ? m_rulesDocument->LoadXML(
-                  CXmlDbDocument::LoadInternalResource(kRulesResource, nullptr))
-            : m_rulesDocument->Load(ToNarrow(rulesPath).c_str());
+    const bool loaded = m_processor->GetUseResources()
+                            ? m_rulesDocument->LoadXML(
+                                  CXmlDbDocument::LoadInternalResource(kRulesResource, nullptr))
+                            : m_rulesDocument->Load(ToNarrow(rulesPath).c_str());
     NAX_TRACE(kClass, "Rules XML load: %d\n", static_cast<int>(loaded));
     if (!ReadRules()) {
         NAX_TRACE_ERROR(kClass, "ValidationRules not found !!!\n");
@@ -62,25 +65,12 @@ bool CRulesProcessor::LoadRules(const _bstr_t& rulesPath) {
 }
 
 bool CRulesProcessor::ReadRules() {
-    const IXMLDOMDocument2Ptr document = m_rulesDocument->GetDocument();
-    IXMLDOMElementPtr root;
-    if (!document || document->get_documentElement(&root) != S_OK) {
-        return false;
-    }
-    _bstr_t name;
-    NAX_CHECK(root->get_nodeName(name.GetAddress()));
-    if (name != _bstr_t(L"ValidationRules")) {
+    const IXMLDOMElementPtr root = FindRoot(*m_rulesDocument, L"ValidationRules");
+    if (!root) {
         return false;
     }
     NAX_TRACE(kClass, "\n\n### START RULES READING...\n\n");
-    IXMLDOMNodeListPtr children;
-    long count = 0;
-    NAX_CHECK(root->get_childNodes(&children));
-    NAX_CHECK(children->get_length(&count));
-    for (long index = 0; index < count; ++index) {
-        IXMLDOMNodePtr child;
-        NAX_CHECK(children->get_item(index, &child));
-        NAX_CHECK(child->get_nodeName(name.GetAddress()));
+    for (const auto& [name, child] : ChildrenOf(root)) {
         NAX_TRACE(kClass, "Node name: '%s' !\n", ToNarrow(name).c_str());
         if (name == _bstr_t(L"Rule")) {
             m_rules.push_back(ReadRule(child));

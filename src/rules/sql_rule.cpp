@@ -78,8 +78,8 @@ bool CSqlRule::InsertRuntimeError() {
         "ResultId, file_id, RunTimeErrorTrace) VALUES "
         "('%s','%s','%s','%s','%s','%s','%s','%d','%s','%s')",
         id.GetString(), name.GetString(), type.GetString(), msg.GetString(), lang.GetString(),
-        Escaped(body).c_str(), texts.EscapeSql(description).c_str(),
-        static_cast<int>(RuntimeError), "", "");
+        Escaped(body).c_str(), texts.EscapeSql(description).c_str(), static_cast<int>(RuntimeError),
+        "", "");
     NAX_TRACE(kClass, "%s. Going to execute: \n%s\n", "Runtime error", sql.c_str());
     const bool result = m_processor->DB_ExecuteQuery(sql.c_str());
     NAX_TRACE(kClass, "Result: %d\n", static_cast<int>(result));
@@ -120,8 +120,8 @@ CStringA CSqlRule::PostRun() {
 }
 
 bool CSqlRule::CountFindings(int& count) {
-    const std::string sql = Format(
-        "SELECT count(*) As CNT FROM ValidationResults WHERE RuleId = '%s'", id.GetString());
+    const std::string sql =
+        Format("SELECT count(*) As CNT FROM ValidationResults WHERE RuleId = '%s'", id.GetString());
     NAX_TRACE(kClass, "Query: %s\n", sql.c_str());
     std::shared_ptr<IRecordset> recordset;
     if (m_processor == nullptr || !m_processor->DB_ExecuteQuery(sql.c_str(), recordset) ||

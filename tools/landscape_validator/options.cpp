@@ -50,9 +50,12 @@ void AddValidateOptions(CLI::App& command, SOptions& options) {
         ->option_text("LEVEL [error]")
         ->transform(CLI::CheckedTransformer(kThresholds).description(""));
     command
-        .add_option("--keep-backups", options.keepBackups, "How many earlier databases stay in DIR")
+        .add_option("--keep-backups", options.keepBackups,
+                    "How many earlier databases and summaries stay in DIR")
         ->option_text("N [5]")
         ->check(CLI::NonNegativeNumber.description(""));
+    command.add_flag("--json", options.writeJson, "Also write the page's data as JSON files");
+    command.add_flag("--open", options.openPage, "Open the report page in the browser");
     command.add_flag("--all", options.showAll, "Print every finding, not the first of each file");
     command
         .add_option("--config-dir", options.configFolder,

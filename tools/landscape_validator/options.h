@@ -19,6 +19,8 @@ struct SOptions {
     int keepBackups = 5;
     Severity failOn = Severity::Error; ///< None: findings never fail the run
     bool showAll = false;
+    bool writeJson = false;
+    bool openPage = false;
 };
 
 /// Reads the command line. Without a value the program ends with `exitCode`: help or version have

@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace LandscapeValidator {
 
@@ -77,7 +78,7 @@ void CSummary::Print(const SFindings& findings, const CFileList& files, std::siz
         const auto place = static_cast<std::size_t>(index);
         const bool known = index >= 0 && place < files.GetCount();
         const auto unlisted = findings.unlistedFaults.find(index);
-        PrintFile(known ? files[place].url : "(no file)", begin, next,
+        PrintFile(known ? files[place].url : "No explicit files information", begin, next,
                   unlisted == findings.unlistedFaults.end() ? 0 : unlisted->second);
         begin = next;
     }
@@ -119,6 +120,21 @@ void CSummary::PrintFinding(const SFinding& finding) {
         where = fmt::format("line {}", finding.line);
     }
     m_out << fmt::format("  {} {:<10} {}\n", Label(finding.severity), where, OneLine(finding.text));
+}
+
+void CSummary::PrintPageCounts(const SPageCounts& counts) {
+    // In the order and with the labels of the page's result filter.
+    static constexpr std::pair<const char*, const char*> kStatuses[] = {
+        {"Success", "Success"}, {"Failed", "Error"}, {"Warning", "Warning"}, {"Info", "Info"}};
+    for (const auto& [title, list] :
+         {std::pair("Files", &counts.files), std::pair("Rules", &counts.rules)}) {
+        m_out << title << " by result:";
+        for (const auto& [status, label] : kStatuses) {
+            const auto found = list->find(status);
+            m_out << fmt::format(" {}({})", label, found == list->end() ? 0 : found->second);
+        }
+        m_out << '\n';
+    }
 }
 
 void CSummary::PrintTotals(const SFindings& findings) {

@@ -3,6 +3,7 @@
 
 #include "file_list.h"
 #include "findings.h"
+#include "report.h"
 
 #include <ostream>
 
@@ -20,6 +21,8 @@ public:
 
     void Print(const SFindings& findings, const CFileList& files, std::size_t entries,
                std::size_t rules);
+    /// The statuses of files and rules as the report page counts them.
+    void PrintPageCounts(const SPageCounts& counts);
 
 private:
     void PrintRules(const SFindings& findings);

@@ -5,6 +5,7 @@
 #include "findings.h"
 #include "landscape_loader.h"
 #include "platform/host.h"
+#include "report.h"
 #include "rule_indexes.h"
 #include "summary.h"
 
@@ -58,8 +59,13 @@ public:
         if (!ReadCommandLineFiles() || !PrepareFolder() || !FillDatabase() || !RunRules()) {
             return ExitCode::Failure;
         }
+        WriteReport();
+        // Read after the report, which moves failed results without an entry to "no file": summary
+        // and page tell the same.
+        const SFindings findings = CollectFindings(*m_processor, m_loader->GetOutcomes());
         RemoveOldBackups(m_options.outputFolder, m_options.keepBackups);
-        return Report();
+        RemoveOldSummaries(m_options.outputFolder, m_options.keepBackups + 1);
+        return PrintSummary(findings);
     }
 
 private:
@@ -149,24 +155,42 @@ private:
         return done || FailDatabase("the rules cannot be run");
     }
 
-    ExitCode Report() {
-        const SFindings findings = CollectFindings(*m_processor, m_loader->GetOutcomes());
+    /// The findings are safe in the database: a report that cannot be written fails the run, but
+    /// the summary is still printed.
+    void WriteReport() {
+        ShowProgress("Writing the report");
+        m_report = std::make_unique<CReport>(*m_processor, *m_rules, m_options.outputFolder);
+        const bool written = m_report->Write(m_options.writeJson);
+        ShowProgress({});
+        if (!written) {
+            Fail(m_report->GetFailure() + " into '" + m_options.outputFolder + "'");
+        }
+    }
+
+    ExitCode PrintSummary(const SFindings& findings) {
         const char* noColour = std::getenv("NO_COLOR");
         const bool colours =
             IsStandardOutputTerminal() && (noColour == nullptr || *noColour == '\0');
-        CSummary(m_out, {colours, m_options.showAll})
-            .Print(findings, m_files, m_loader->GetEntryCount(), m_rules->GetRules().size());
-        m_out << "Database: " << m_processor->GetDatabaseFileName() << '\n';
+        CSummary summary(m_out, {colours, m_options.showAll});
+        summary.Print(findings, m_files, m_loader->GetEntryCount(), m_rules->GetRules().size());
+        summary.PrintPageCounts(m_report->ReadPageCounts());
+        m_out << "Database: " << m_processor->GetDatabaseFileName() << '\n'
+              << "Report: " << m_report->GetPagePath() << '\n';
         if (!m_out.flush()) {
             Fail("the summary cannot be written to standard output");
         }
-        if (!m_complete) {
-            return ExitCode::Failure;
+        if (m_options.openPage && !OpenInBrowser(m_report->GetPagePath())) {
+            Fail("no program could be started that opens '" + m_report->GetPagePath() + "'");
         }
-        for (int severity = 0; severity <= static_cast<int>(m_options.failOn); ++severity) {
-            const bool gated = m_options.failOn != Severity::None;
-            if (gated && findings.Count(static_cast<Severity>(severity)) > 0) {
-                return ExitCode::Findings;
+        return m_complete ? ExitCodeOf(findings) : ExitCode::Failure;
+    }
+
+    ExitCode ExitCodeOf(const SFindings& findings) const {
+        if (m_options.failOn != Severity::None) {
+            for (int severity = 0; severity <= static_cast<int>(m_options.failOn); ++severity) {
+                if (findings.Count(static_cast<Severity>(severity)) > 0) {
+                    return ExitCode::Findings;
+                }
             }
         }
         return ExitCode::Clean;
@@ -193,6 +217,7 @@ private:
     std::shared_ptr<CDBProcessor> m_processor;
     std::unique_ptr<CLandscapeLoader> m_loader;
     std::unique_ptr<CRulesProcessor> m_rules;
+    std::unique_ptr<CReport> m_report;
 };
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "platform/host.h"
 
 #include <fcntl.h>
+#include <spawn.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -68,6 +69,24 @@ bool IsStandardOutputTerminal() {
 
 bool IsStandardErrorTerminal() {
     return isatty(STDERR_FILENO) == 1;
+}
+
+bool OpenInBrowser(const std::string& path) {
+    // The opener hands over to the browser and ends; its own chatter is of no use to anybody.
+    posix_spawn_file_actions_t actions;
+    if (posix_spawn_file_actions_init(&actions) != 0) {
+        return false;
+    }
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        posix_spawn_file_actions_addopen(&actions, stream, "/dev/null", O_RDWR, 0);
+    }
+    std::string program = "xdg-open";
+    std::string argument = path;
+    char* arguments[] = {program.data(), argument.data(), nullptr};
+    pid_t child = 0;
+    const int result = posix_spawnp(&child, program.c_str(), &actions, nullptr, arguments, environ);
+    posix_spawn_file_actions_destroy(&actions);
+    return result == 0;
 }
 
 } // namespace Nax::FrontEnd::XMLDB

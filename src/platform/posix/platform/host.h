@@ -24,4 +24,8 @@ LockOutcome LockFolder(const std::string& folder, std::unique_ptr<IFolderLock>& 
 bool IsStandardOutputTerminal();
 bool IsStandardErrorTerminal();
 
+/// Starts the user's browser (or what stands for it) on a file and does not wait for it. False
+/// when nothing could be started.
+bool OpenInBrowser(const std::string& path);
+
 } // namespace Nax::FrontEnd::XMLDB

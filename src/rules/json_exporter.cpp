@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "rules/json_exporter.h"
+
+#include <naxfewxmldb/db_processor.h>
+
+#include "platform/files.h"
+#include "rules/export_rule.h"
+#include "support/file_utils.h"
+#include "support/format.h"
+#include "support/trace.h"
+
+namespace Nax::FrontEnd::XMLDB {
+
+namespace {
+
+constexpr char kClass[] = "Nax::FrontEnd::XMLDB::CJsonExporter";
+constexpr char kResultColumn[] = "_EEXP_RES";
+
+} // namespace
+
+std::mutex CJsonExporter::s_databaseTurn;
+
+CJsonExporter::CJsonExporter(const std::shared_ptr<CDBProcessor>& processor, CExportRule& rule,
+                             bool sourceIsName)
+    : m_processor(processor), m_rule(rule), m_sourceIsName(sourceIsName) {}
+
+bool CJsonExporter::Export(const std::string& statement, const std::string& fileName,
+                           const std::string& viewName) {
+    std::string json;
+    const bool read = ReadJson(statement, json);
+    const bool result = read && Deliver(std::move(json), fileName);
+    if (!viewName.empty()) {
+        const std::lock_guard turn(s_databaseTurn);
+        const std::string sql =
+            Format("CREATE VIEW if not exists %s as \n", viewName.c_str()) + statement;
+        m_processor->DB_ExecuteQuery(sql.c_str());
+    }
+    return result;
+}
+
+bool CJsonExporter::ReadColumnList(const std::string& source, std::string& list) {
+    const std::string sql =
+        Format(m_sourceIsName ? "SELECT * FROM %s;" : "SELECT * FROM (%s);", source.c_str());
+    std::shared_ptr<IRecordset> recordset;
+    if (!m_processor->DB_ExecuteQuery(sql.c_str(), recordset)) {
+        return false;
+    }
+    const TextProcessor& texts = m_processor->getTextProcessorRef();
+    const int count = recordset->GetColumnCount();
+    for (int column = 0; column < count; ++column) {
+        const std::string name = recordset->GetColumnName(column).GetString();
+        list.append(list.empty() ? "'" : ",'").append(texts.EscapeSql(name));
+        list.append("',").append(name);
+    }
+    return true;
+}
+
+bool CJsonExporter::ReadJson(const std::string& source, std::string& json) {
+    const std::lock_guard turn(s_databaseTurn);
+    std::string columns;
+    if (!ReadColumnList(source, columns)) {
+        return false;
+    }
+    const std::string sql =
+        Format(m_sourceIsName ? "SELECT json_group_array(json_object(%s)) AS _EEXP_RES FROM %s;"
+                              : "SELECT json_group_array(json_object(%s)) AS _EEXP_RES FROM (%s);",
+               columns.c_str(), source.c_str());
+    std::shared_ptr<IRecordset> recordset;
+    if (!m_processor->DB_ExecuteQuery(sql.c_str(), recordset)) {
+        return false;
+    }
+    if (!recordset->MoveNext()) {
+        // An aggregate always has a row, so this is a failure, which nobody else reports.
+        const CStringA message = m_processor->GetDatabase()->GetLastError();
+        NAX_TRACE_ERROR(kClass, "Export rule, id: %s, failed query: %s\nSQLite error: %s\n",
+                        m_rule.id.GetString(), sql.c_str(), message.GetString());
+        return false;
+    }
+    json = recordset->GetString(kResultColumn).GetString();
+    return !json.empty();
+}
+
+bool CJsonExporter::Deliver(std::string json, const std::string& fileName) {
+    const SExportContext& context = m_rule.GetContext();
+    switch (context.exportMode) {
+        case kExportToFiles: {
+            const std::string folder = context.GetJsonFolder();
+            return CreateFolders(folder) &&
+                   Utils::CFUtils::ToFile(JoinPath(folder, fileName), json) != 0;
+        }
+        case kExportToPage:
+            m_rule.KeepJson(std::move(json));
+            return true;
+        default:
+            NAX_TRACE_ERROR(kClass, "Export rule, id: %s, unknown export mode: %d\n",
+                            m_rule.id.GetString(), context.exportMode);
+            return false;
+    }
+}
+
+} // namespace Nax::FrontEnd::XMLDB
