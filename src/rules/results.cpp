@@ -102,7 +102,8 @@ bool CRulesProcessor::TrimResults() {
 
 bool CRulesProcessor::ExecuteTraced(const std::string& sql) {
     const bool result = m_processor->DB_ExecuteQuery(sql.c_str());
-    NAX_TRACE(kClass, "%s : %d\n", sql.c_str(), static_cast<int>(result));
+    NAX_TRACE_AS(kClass, "PostProcessingUpdates", "%s : %d\n", sql.c_str(),
+                 static_cast<int>(result));
     return result;
 }
 

@@ -130,7 +130,7 @@ bool CRulesProcessor::RunExportRules(const SExportContext& context) {
 void CRulesProcessor::RunExportRule(IRule& rule, const SExportContext& context,
                                     std::atomic<bool>& result) const {
     try {
-        NAX_TRACE(kClass, "Running rule, id: %s...\n", rule.id.GetString());
+        NAX_TRACE_AS(kClass, "ExecuteExport", "Running rule, id: %s...\n", rule.id.GetString());
         rule.Initialize();
         if (auto* exportRule = dynamic_cast<CExportRule*>(&rule)) {
             exportRule->SetContext(context);
@@ -139,7 +139,8 @@ void CRulesProcessor::RunExportRule(IRule& rule, const SExportContext& context,
         rule.Finalize();
     } catch (const std::exception& exception) {
         // Nothing may leave the thread.
-        NAX_TRACE_ERROR(kClass, "Export rule, id: %s: %s\n", rule.id.GetString(), exception.what());
+        NAX_TRACE_ERROR_AS(kClass, "ExecuteExport", "Export rule, id: %s: %s\n",
+                           rule.id.GetString(), exception.what());
         result = false;
     }
 }
@@ -150,7 +151,8 @@ bool CRulesProcessor::PostRunExportRules() {
     }
     bool written = true;
     for (const std::shared_ptr<IRule>& rule : m_exportRules) {
-        NAX_TRACE(kClass, "Post running rule, id: %s...\n", rule->id.GetString());
+        NAX_TRACE_AS(kClass, "ExecuteExport", "Post running rule, id: %s...\n",
+                     rule->id.GetString());
         m_resultText = rule->PostRun().GetString();
         const auto* exportRule = dynamic_cast<const CExportRule*>(rule.get());
         written = written && (exportRule == nullptr || exportRule->IsReportWritten());

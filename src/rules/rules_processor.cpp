@@ -69,14 +69,14 @@ bool CRulesProcessor::ReadRules() {
     if (!root) {
         return false;
     }
-    NAX_TRACE(kClass, "\n\n### START RULES READING...\n\n");
+    NAX_TRACE_AS(kClass, "LoadRules", "\n\n### START RULES READING...\n\n");
     for (const auto& [name, child] : ChildrenOf(root)) {
-        NAX_TRACE(kClass, "Node name: '%s' !\n", ToNarrow(name).c_str());
+        NAX_TRACE_AS(kClass, "LoadRules", "Node name: '%s' !\n", ToNarrow(name).c_str());
         if (name == _bstr_t(L"Rule")) {
             m_rules.push_back(ReadRule(child));
         }
     }
-    NAX_TRACE(kClass, "\n\n### END RULES READING...\n\n");
+    NAX_TRACE_AS(kClass, "LoadRules", "\n\n### END RULES READING...\n\n");
     return true;
 }
 

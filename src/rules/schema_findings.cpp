@@ -68,11 +68,12 @@ bool CRulesProcessor::InsertSchemaFinding(const _bstr_t& uri, const SchemaFindin
         kSchemaRuleId, "XML Schema(XSD) validation results", "Warning", "", "XSD", "",
         texts.EscapeSql(ToNarrow(finding.first)).c_str(), static_cast<int>(finding.second),
         GetFileIndex(ToNarrow(uri)).c_str(), "");
-    NAX_TRACE(kClass, "Executing query: \n%s\n", sql.c_str());
+    NAX_TRACE_AS(kClass, "ProcessXSDValidationMsgs", "Executing query: \n%s\n", sql.c_str());
     const bool result = m_processor->DB_ExecuteQuery(sql.c_str());
-    NAX_TRACE(kClass, "Result: %d\n", static_cast<int>(result));
+    NAX_TRACE_AS(kClass, "ProcessXSDValidationMsgs", "Result: %d\n", static_cast<int>(result));
     if (!result) {
-        NAX_TRACE(kClass, "Unable insert into ValidationResults. Query: \n%s\n", sql.c_str());
+        NAX_TRACE_AS(kClass, "ProcessXSDValidationMsgs",
+                     "Unable insert into ValidationResults. Query: \n%s\n", sql.c_str());
     }
     return result;
 }

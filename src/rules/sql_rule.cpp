@@ -55,19 +55,19 @@ bool CSqlRule::Run() {
 }
 
 bool CSqlRule::RunPiece(std::size_t number, std::size_t count, const std::string& piece) {
-    NAX_TRACE(kClass, "Debug info: %s\n",
-              Format("Rule: %s, query (%d of %d): %s\n", id.GetString(), static_cast<int>(number),
-                     static_cast<int>(count), piece.c_str())
-                  .c_str());
+    NAX_TRACE_AS(kClass, "Run", "Debug info: %s\n",
+                 Format("Rule: %s, query (%d of %d): %s\n", id.GetString(),
+                        static_cast<int>(number), static_cast<int>(count), piece.c_str())
+                     .c_str());
     const CStringA query = PreprocessQuery(piece.c_str());
-    NAX_TRACE(kClass, "Executing query: \n%s\n", query.GetString());
+    NAX_TRACE_AS(kClass, "Run", "Executing query: \n%s\n", query.GetString());
     const bool result = m_processor->DB_ExecuteQuery(query);
-    NAX_TRACE(kClass, "Result: %d\n", static_cast<int>(result));
+    NAX_TRACE_AS(kClass, "Run", "Result: %d\n", static_cast<int>(result));
     return result || InsertRuntimeError();
 }
 
 bool CSqlRule::InsertRuntimeError() {
-    NAX_TRACE(kClass, "Runtime error");
+    NAX_TRACE_AS(kClass, "Run", "Runtime error");
     const TextProcessor& texts = m_processor->getTextProcessorRef();
     // The message is escaped by itself and again with its heading, so its quotes are stored
     // doubled; readers of the table know it so.
@@ -80,13 +80,13 @@ bool CSqlRule::InsertRuntimeError() {
         id.GetString(), name.GetString(), type.GetString(), msg.GetString(), lang.GetString(),
         Escaped(body).c_str(), texts.EscapeSql(description).c_str(), static_cast<int>(RuntimeError),
         "", "");
-    NAX_TRACE(kClass, "%s. Going to execute: \n%s\n", "Runtime error", sql.c_str());
+    NAX_TRACE_AS(kClass, "Run", "%s. Going to execute: \n%s\n", "Runtime error", sql.c_str());
     const bool result = m_processor->DB_ExecuteQuery(sql.c_str());
-    NAX_TRACE(kClass, "Result: %d\n", static_cast<int>(result));
+    NAX_TRACE_AS(kClass, "Run", "Result: %d\n", static_cast<int>(result));
     if (!result) {
-        NAX_TRACE_ERROR(kClass,
-                        "Unable insert execution error into ValidationResults. Query: \n%s\n%s",
-                        sql.c_str(), m_processor->GetLastDBError().c_str());
+        NAX_TRACE_ERROR_AS(kClass, "Run",
+                           "Unable insert execution error into ValidationResults. Query: \n%s\n%s",
+                           sql.c_str(), m_processor->GetLastDBError().c_str());
     }
     return result;
 }
@@ -122,14 +122,14 @@ CStringA CSqlRule::PostRun() {
 bool CSqlRule::CountFindings(int& count) {
     const std::string sql =
         Format("SELECT count(*) As CNT FROM ValidationResults WHERE RuleId = '%s'", id.GetString());
-    NAX_TRACE(kClass, "Query: %s\n", sql.c_str());
+    NAX_TRACE_AS(kClass, "PostRun", "Query: %s\n", sql.c_str());
     std::shared_ptr<IRecordset> recordset;
     if (m_processor == nullptr || !m_processor->DB_ExecuteQuery(sql.c_str(), recordset) ||
         !recordset->MoveNext()) {
         return false;
     }
     count = static_cast<int>(std::strtol(recordset->GetString("CNT"), nullptr, 10));
-    NAX_TRACE(kClass, "Count: %d\n", count);
+    NAX_TRACE_AS(kClass, "PostRun", "Count: %d\n", count);
     return true;
 }
 

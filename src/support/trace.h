@@ -14,7 +14,8 @@
 // of any length and may hold per cent signs. NAX_TRACE is written from level 4, NAX_TRACE_ERROR
 // from level 1; the _STATIC forms are for static and free functions (a free function gives its
 // namespace as first argument). Below the level a call costs one integer comparison, and its
-// arguments are not evaluated. In a lambda the function name is "operator()", so trace outside.
+// arguments are not evaluated. The _AS forms take the function's name: a step of an operation that
+// stands in a function of its own traces under the operation's name, and a lambda has none.
 #include <atomic>
 #include <cstdarg>
 #include <cstdio>
@@ -111,12 +112,12 @@ inline bool IsOn(int level) {
 } // namespace TraceDetail
 } // namespace Nax::FrontEnd::XMLDB
 
-#define NAX_TRACE_MEMBER_LINE(level, operation, scope, format, ...)                        \
+#define NAX_TRACE_MEMBER_LINE(level, operation, scope, function, format, ...)              \
     do {                                                                                   \
         if (::Nax::FrontEnd::XMLDB::TraceDetail::IsOn(level)) {                            \
             ::Nax::FrontEnd::XMLDB::operation(                                             \
                 ::Nax::FrontEnd::XMLDB::GetTrace(0, 0), "TID: %d, %s::%s[%p]/%d: " format, \
-                static_cast<int>(::GetCurrentThreadId()), scope, __func__,                 \
+                static_cast<int>(::GetCurrentThreadId()), scope, function,                 \
                 static_cast<const void*>(this), __LINE__ __VA_OPT__(, ) __VA_ARGS__);      \
         }                                                                                  \
     } while (false)
@@ -131,10 +132,14 @@ inline bool IsOn(int level) {
         }                                                                                      \
     } while (false)
 
+#define NAX_TRACE_AS(scope, function, format, ...) \
+    NAX_TRACE_MEMBER_LINE(4, TraceDeveloper, scope, function, format __VA_OPT__(, ) __VA_ARGS__)
+#define NAX_TRACE_ERROR_AS(scope, function, format, ...) \
+    NAX_TRACE_MEMBER_LINE(1, TraceError, scope, function, format __VA_OPT__(, ) __VA_ARGS__)
 #define NAX_TRACE(scope, format, ...) \
-    NAX_TRACE_MEMBER_LINE(4, TraceDeveloper, scope, format __VA_OPT__(, ) __VA_ARGS__)
+    NAX_TRACE_AS(scope, __func__, format __VA_OPT__(, ) __VA_ARGS__)
 #define NAX_TRACE_ERROR(scope, format, ...) \
-    NAX_TRACE_MEMBER_LINE(1, TraceError, scope, format __VA_OPT__(, ) __VA_ARGS__)
+    NAX_TRACE_ERROR_AS(scope, __func__, format __VA_OPT__(, ) __VA_ARGS__)
 #define NAX_TRACE_STATIC(scope, format, ...) \
     NAX_TRACE_STATIC_LINE(4, TraceDeveloper, scope, format __VA_OPT__(, ) __VA_ARGS__)
 #define NAX_TRACE_ERROR_STATIC(scope, format, ...) \

@@ -92,8 +92,10 @@ void CXsdToDDLMapper::LoadBuiltIn() {
 }
 
 void CXsdToDDLMapper::TraceLoadStates() {
-    NAX_TRACE(kClass, "XSD load: %d", static_cast<int>(m_xsd->GetLoadState()));
-    NAX_TRACE(kClass, "XSLT load: %d", static_cast<int>(m_xslt->GetLoadState()));
+    NAX_TRACE_AS(kClass, "CXsdToDDLMapper", "XSD load: %d",
+                 static_cast<int>(m_xsd->GetLoadState()));
+    NAX_TRACE_AS(kClass, "CXsdToDDLMapper", "XSLT load: %d",
+                 static_cast<int>(m_xslt->GetLoadState()));
 }
 
 bool CXsdToDDLMapper::MapToDDL() {
@@ -126,26 +128,27 @@ void CXsdToDDLMapper::ProcessStatement(std::string statement) {
         std::move(statement),
         {{"\r\n", ""}, {"\t", "\n"}, {"\n\n", "\n"}, {" ,", ","}, {"\n,", ","}, {"  ,", ","}});
     const std::string table = CQueryBuilder::ReadTableName(statement);
-    NAX_TRACE(kClass, "Table name: %s\n", table.c_str());
+    NAX_TRACE_AS(kClass, "MapToDDL", "Table name: %s\n", table.c_str());
     if (IsContainer(table)) {
         return;
     }
     if (table != "Include") {
         const bool injected = InsertBeforeKey(statement, "file_id TEXT ,\n");
-        NAX_TRACE(kClass, "%s",
-                  injected ? "Injection 'file_id'\n" : "Injection 'file_id' FAILED!\n");
+        NAX_TRACE_AS(kClass, "MapToDDL", "%s",
+                     injected ? "Injection 'file_id'\n" : "Injection 'file_id' FAILED!\n");
     }
     if (table == "Item" || table == "Node") {
         m_queryBuilder.RegisterColumn(table, "parent_id", "TEXT");
         InsertBeforeKey(statement, "parent_id TEXT, ");
-        NAX_TRACE(kClass, "Injection 'parent_id' into table '%s'\n", table.c_str());
+        NAX_TRACE_AS(kClass, "MapToDDL", "Injection 'parent_id' into table '%s'\n", table.c_str());
     }
     statement = m_textProcessor.ReplaceAll(std::move(statement), {{"'", ""}});
     m_queryBuilder.RegisterTable(table, statement);
     statement = m_textProcessor.ReplaceAll("DROP TABLE IF EXISTS " + table + ";\n" + statement,
                                            {{" TEXT", " TEXT default ''"}});
     m_ddl.push_back(std::move(statement));
-    NAX_TRACE(kClass, "DDL query processed successfully. Query: \n %s \n", m_ddl.back().c_str());
+    NAX_TRACE_AS(kClass, "MapToDDL", "DDL query processed successfully. Query: \n %s \n",
+                 m_ddl.back().c_str());
 }
 
 bool CXsdToDDLMapper::Transform(std::string& ddl) {

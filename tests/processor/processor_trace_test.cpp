@@ -173,7 +173,7 @@ TEST_F(CProcessorTraceTest, RuleRunLines) {
           "CRulesProcessor::PreProcessingUpdates ALTER TABLE Rules ADD COLUMN ResultId TEXT; : 1",
           "CRulesProcessor::FinalizeTransaction Commit : 1",
           "CRulesProcessor::LoadRules Rules XML load: 1",
-          "CRulesProcessor::ReadRules Node name: '#comment' !",
+          "CRulesProcessor::LoadRules Node name: '#comment' !",
           "CRulesProcessor::GetAttribute Attribute: 'id' : '32'",
           "CRulesProcessor::LoadRules \n\n### RULES STORED TO DATABASE...\n",
           "CRulesProcessor::Execute \n\n### RULES EXECUTION STARTED...\n",

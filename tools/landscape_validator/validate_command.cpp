@@ -9,6 +9,8 @@
 #include "rule_indexes.h"
 #include "summary.h"
 
+#include <fmt/format.h>
+
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
@@ -83,7 +85,7 @@ private:
             if (reason.empty()) {
                 any = true;
             } else {
-                Fail("cannot read '" + path + "': " + reason);
+                Fail(fmt::format("cannot read '{}': {}", path, reason));
             }
             m_files.AddCommandLineFile(path);
         }
