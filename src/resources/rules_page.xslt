@@ -22,27 +22,37 @@
         <meta name="viewport" content="width=device-width, initial-scale=1"/>
         <title>Landscape validation rules</title>
         <style>
-:root { color-scheme: light dark; --text: #1c2430; --dim: #566070; --page: #ffffff; --panel: #f3f5f8;
-  --line: #d5dae2; --link: #0b5cad; --error: #b3261e; --warning: #8a5300; --info: #1f5f8b; }
-@media (prefers-color-scheme: dark) {
-  :root { --text: #e3e7ee; --dim: #a3adbb; --page: #14181f; --panel: #1e242e; --line: #353d4a;
-    --link: #7db7f0; --error: #ff8a80; --warning: #f0b458; --info: #82c0ea; } }
+:root { color-scheme: light dark; --text: #1b2430; --dim: #525d6c; --page: #f4f6f9; --panel: #ffffff;
+  --strong: #eef1f5; --line: #d4dae3; --link: #0a58a8; --header: #22384d; --error: #b3201c;
+  --warning: #944700; --info: #14573f; }
+@media screen and (prefers-color-scheme: dark) {
+  :root { --text: #e4e8ee; --dim: #a7b1bf; --page: #12161c; --panel: #1a2029; --strong: #222a35;
+    --line: #343e4c; --link: #84bbf3; --header: #1c2b3a; --error: #ff8d85; --warning: #f2ae5c;
+    --info: #58b394; } }
 * { box-sizing: border-box; }
-body { margin: 0 auto; padding: 1.5rem 1.25rem 4rem; max-width: 58rem; background: var(--page);
-  color: var(--text); font: 1rem/1.55 system-ui, "Segoe UI", Arial, sans-serif; }
-h1 { margin: 0 0 .5rem; font-size: 1.75rem; line-height: 1.2; }
+body { margin: 0; background: var(--page); color: var(--text);
+  font: 1rem/1.55 system-ui, "Segoe UI", Arial, sans-serif; }
+.page-header { display: flex; align-items: center; gap: .85rem; padding: .7rem 2rem; color: #ffffff;
+  background: var(--header); }
+.page-header img { flex: none; border-radius: 5px; box-shadow: 0 0 0 1px rgb(255 255 255 / 35%); }
+.page-header a { margin-left: auto; color: inherit; }
+.page-body { max-width: 60rem; margin: 0 auto; padding: 1.5rem 1.25rem 4rem; }
+h1 { margin: 0; font-size: 1.125rem; line-height: 1.3; font-weight: 600; letter-spacing: .01em; }
 h2 { margin: 0 0 .25rem; font-size: 1.15rem; line-height: 1.35; }
 h3 { margin: 1rem 0 .2rem; font-size: .95rem; color: var(--dim); }
 p { margin: 0 0 .5rem; }
 a { color: var(--link); }
 code, pre { font-family: ui-monospace, Consolas, "DejaVu Sans Mono", monospace; font-size: .88em; }
-pre { margin: .25rem 0 0; padding: .75rem; overflow-x: auto; background: var(--panel);
+pre { margin: .25rem 0 0; padding: .75rem; overflow-x: auto; background: var(--strong);
   border: 1px solid var(--line); border-radius: 6px; }
-table { width: 100%; margin: 1rem 0 2rem; border-collapse: collapse; }
+table { width: 100%; margin: 1rem 0 2rem; border-collapse: separate; border-spacing: 0; overflow: hidden; }
 th, td { padding: .35rem .6rem; border-bottom: 1px solid var(--line); text-align: left; vertical-align: top; }
 th { color: var(--dim); font-weight: 600; }
 td:first-child { width: 5.5rem; } td:nth-child(2) { width: 6rem; }
-section { padding: 1.5rem 0; border-top: 1px solid var(--line); scroll-margin-top: 1rem; }
+section, table { background: var(--panel); border: 1px solid var(--line); border-radius: 8px; }
+section { margin: 1rem 0; padding: 1.25rem 1.5rem; scroll-margin-top: 1rem; }
+@media (max-width: 40rem) { .page-header { padding: .7rem 1rem; } .page-body { padding: 1rem .75rem 3rem; }
+  section { padding: 1rem; } }
 section:target h2 { text-decoration: underline; text-underline-offset: .2em; }
 .severity { font-weight: 600; }
 .Error { color: var(--error); } .Warning { color: var(--warning); } .Info { color: var(--info); }
@@ -51,7 +61,12 @@ section:target h2 { text-decoration: underline; text-underline-offset: .2em; }
         </style>
       </head>
       <body>
-        <h1 id="top">Landscape validation rules</h1>
+        <header class="page-header" id="top">
+          <img src="naxlogo_nax_quelin_10.png" width="55" height="27" alt="NAX"/>
+          <h1>Landscape validation rules</h1>
+          <a href="ValidationResults.htm">Report</a>
+        </header>
+        <div class="page-body">
         <p>What each rule finds in a landscape, why it matters, and how to mend it. Errors and warnings
           keep users from their systems or soon will; infos are worth a look when you are tidying up.</p>
         <table>
@@ -69,6 +84,7 @@ section:target h2 { text-decoration: underline; text-underline-offset: .2em; }
             <xsl:sort select="@id" data-type="number"/>
           </xsl:apply-templates>
         </main>
+        </div>
       </body>
     </html>
   </xsl:template>
