@@ -16,6 +16,9 @@ install(FILES cmake/naxfewxmldb-config.cmake
               "${PROJECT_BINARY_DIR}/naxfewxmldb-config-version.cmake"
         DESTINATION "${package_dir}")
 
+# Relative, so that the package works under the prefix it is installed to, whatever that is.
+file(RELATIVE_PATH prefix_from_pkgconfig "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
+string(REGEX REPLACE "/$" "" prefix_from_pkgconfig "${prefix_from_pkgconfig}")
 configure_file(cmake/naxfewxmldb.pc.in "${PROJECT_BINARY_DIR}/naxfewxmldb.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/naxfewxmldb.pc"
         DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")

@@ -76,11 +76,17 @@ bool CDBProcessor::DB_Commit() {
         return false;
     }
     const bool committed = m_database->Commit();
+    const CStringA cause = committed ? CStringA() : m_database->GetLastError();
     NAX_TRACE(kClass, "DB_Commit: Commit transaction: %d\n", static_cast<int>(committed));
     DB_Post_Update();
     m_pendingQueries.Clear();
     m_dataMapped = true;
     m_mode = Normal;
+    if (!committed) {
+        // The failures of the post-update follow from this one, which is what a reader needs.
+        Error(kExecuteError,
+              std::string("Failed execute query : commit;\nCause: ") + cause.GetString());
+    }
     return committed;
 }
 

@@ -20,8 +20,7 @@ cmake --build "$work/cmake" >/dev/null
 XDG_DATA_HOME=$work/data "$work/cmake/consumer"
 
 pc=$(dirname "$(find "$work/prefix" -name naxfewxmldb.pc)")
-read -ra from_pc <<<"$(PKG_CONFIG_PATH=$pc pkg-config --define-variable=prefix="$work/prefix" \
-  --cflags --libs naxfewxmldb)"
+read -ra from_pc <<<"$(PKG_CONFIG_PATH=$pc pkg-config --cflags --libs naxfewxmldb)"
 "$compiler" -std=c++20 "${flags[@]}" "$here/consumer/main.cpp" "${from_pc[@]}" -o "$work/consumer"
 libs=$(dirname "$(find "$work/prefix" -name libnaxfewxmldb.so)")
 XDG_DATA_HOME=$work/data LD_LIBRARY_PATH=$libs "$work/consumer"

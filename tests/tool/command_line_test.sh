@@ -42,6 +42,9 @@ printf '<Landscape' >broken.xml
 cp "$clean" validate
 cp "$clean" "with 'quote.xml"
 : >plain-file
+cp "$clean" ./-dash.xml
+cp "$clean" $'caf\xe9.xml'
+mkfifo pipe
 
 check 'clean' 0 'No findings.' '' "$clean"
 check 'default folder' 0 'landscape-report/UILandscape.db' '' "$clean"
@@ -57,7 +60,12 @@ check 'missing after good' 2 '1 error, 0 warnings' "cannot read 'none.xml'" -o r
 check 'missing before bad' 2 'errors' "cannot read 'none.xml'" -o r none.xml "$faulty"
 check 'folder as file' 2 '' 'It is a folder' -o r .
 check 'no file' 2 '' 'FILE' validate
-check 'nothing' 2 '' 'subcommand' 
+check 'nothing' 2 '' 'FILE is required'
+check 'version of the command' 0 'landscape-validator 0.' '' validate --version
+check 'file behind the dashes' 1 'Checked 2 files' '' -o r "$clean" -- -dash.xml
+check 'level as a number' 2 '' '--fail-on' --fail-on 3 "$clean"
+check 'help names the options' 0 '--fail-on LEVEL' '' -h
+check 'name that is not UTF-8' 2 '' 'not UTF-8' -o r $'caf\xe9.xml'
 check 'unknown option' 2 '' '--colour' --colour "$clean"
 check 'bad level' 2 '' '--fail-on' --fail-on fatal "$clean"
 check 'bad number' 2 '' '--keep-backups' --keep-backups -1 "$clean"
@@ -69,6 +77,24 @@ check 'help of the command' 0 '--keep-backups' '' validate --help
 [ $? -eq 2 ] && grep -q 'cannot be written' err.txt || failed=$((failed + 1))
 
 check 'version' 0 'landscape-validator 0.' '' --version
+
+# What is no file must not hold the run up.
+printf '<Landscape updated="1"><Includes><Include url="pipe"/><Include url="/dev/zero"/>' >devices.xml
+printf '<Include url=" broken.xml "/><Include url=" "/></Includes></Landscape>' >>devices.xml
+check 'devices as includes' 1 'a device or a pipe' '' -o r devices.xml
+check 'white space around a url' 1 'Checked 4 files' '' -o r devices.xml
+check 'a pipe as file' 0 'No findings.' '' -o r <(cat "$clean")
+
+# Memos where the schema has none are rows like any other.
+printf '<Landscape updated="1"><Memo>stray</Memo><Services><Service type="URL" uuid=""><Memo>a</Memo>' \
+  >memo.xml
+printf '<Memo>b</Memo></Service></Services></Landscape>' >>memo.xml
+check 'stray memos' 1 'rule 12' '' -o memo memo.xml
+[ "$(sqlite3 memo/UILandscape.db 'SELECT group_concat("") FROM (SELECT "" FROM Memos ORDER BY 1)')" = \
+  a,b,stray ] || failed=$((failed + 1))
+
+"$tool" -o r "$clean" >&- 2>err.txt
+[ $? -eq 2 ] || failed=$((failed + 1))
 
 # A second run into a folder that the first one holds says so and changes nothing.
 mkdir -p held

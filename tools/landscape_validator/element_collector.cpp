@@ -34,9 +34,8 @@ CElementCollector::CElementCollector(const CLandscapeTables& tables)
 void CElementCollector::StartElement(std::string_view name, Attributes attributes, long line) {
     if (name == kService && m_serviceTable != CLandscapeTables::kNone) {
         OpenService(attributes, line);
-    } else if (name == kMemo && !m_services.empty()) {
-        ++m_openMemos;
-        m_services.back().memo.emplace(m_services.back().memo.value_or(""));
+    } else if (name == kMemo) {
+        OpenMemo(line);
     } else if (name == kInclude) {
         AddInclude(attributes, line);
     } else if (const std::size_t table = m_tables.Find(name); table != CLandscapeTables::kNone) {
@@ -50,17 +49,51 @@ void CElementCollector::StartElement(std::string_view name, Attributes attribute
 void CElementCollector::EndElement(std::string_view name) {
     if (name == kService && !m_services.empty()) {
         CloseService();
-    } else if (name == kMemo && m_openMemos > 0) {
-        --m_openMemos;
+    } else if (name == kMemo) {
+        CloseMemo();
     } else if (IsParent(name) && !m_parents.empty()) {
         m_parents.pop_back();
     }
 }
 
 void CElementCollector::Characters(std::string_view text) {
-    if (m_openMemos > 0 && !m_services.empty()) {
+    if (m_openMemos == 0) {
+        return;
+    }
+    if (m_strayMemo) {
+        m_strayMemo->append(text);
+    } else if (!m_services.empty()) {
         m_services.back().memo->append(text);
     }
+}
+
+void CElementCollector::OpenMemo(long line) {
+    if (++m_openMemos > 1) {
+        return; // a memo inside a memo is part of its text
+    }
+    if (!m_services.empty() && !m_services.back().memo) {
+        m_services.back().memo.emplace();
+    } else {
+        m_strayMemo.emplace();
+        m_strayMemoLine = line;
+    }
+}
+
+void CElementCollector::CloseMemo() {
+    if (--m_openMemos > 0 || !m_strayMemo) {
+        return;
+    }
+    if (const std::size_t table = m_tables.Find(kMemo); table != CLandscapeTables::kNone) {
+        const std::vector<SColumn>& columns = m_tables[table].columns;
+        m_values.assign(columns.size(), std::nullopt);
+        for (std::size_t column = 0; column < columns.size(); ++column) {
+            if (columns[column].content == ColumnContent::Text) {
+                m_values[column] = *m_strayMemo;
+            }
+        }
+        m_records.Append(table, m_strayMemoLine, m_values);
+    }
+    m_strayMemo.reset();
 }
 
 void CElementCollector::ReadValues(const STable& table, Attributes attributes) {

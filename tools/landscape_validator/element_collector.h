@@ -50,6 +50,8 @@ private:
     void AddInclude(Attributes attributes, long line);
     void OpenService(Attributes attributes, long line);
     void CloseService();
+    void OpenMemo(long line);
+    void CloseMemo();
     void ReadValues(const STable& table, Attributes attributes);
 
     const CLandscapeTables& m_tables;
@@ -60,6 +62,9 @@ private:
     std::vector<std::string> m_parents; ///< uuids of the open workspaces and nodes
     std::vector<SOpenService> m_services;
     int m_openMemos = 0;
+    /// A memo that is not the first of a service: a row of its own.
+    std::optional<std::string> m_strayMemo;
+    long m_strayMemoLine = 0;
 };
 
 } // namespace LandscapeValidator

@@ -53,6 +53,14 @@ std::string DecodePercent(const std::string& text) {
     return decoded;
 }
 
+/// Without white space around it, which is no part of a URL.
+std::string Collapsed(const std::string& url) {
+    constexpr const char* kSpace = " \t\r\n";
+    const std::size_t first = url.find_first_not_of(kSpace);
+    return first == std::string::npos ? std::string()
+                                      : url.substr(first, url.find_last_not_of(kSpace) - first + 1);
+}
+
 /// Path of a file: URL: without scheme and empty or local host.
 std::string FileUrlPath(const std::string& url) {
     std::string rest = url.substr(url.find(':') + 1);
@@ -73,17 +81,20 @@ bool Exists(const fs::path& path) {
 
 fs::path ResolveInclude(const std::string& including, const std::string& url) {
     const fs::path folder = fs::path(including).parent_path();
-    if (SchemeOf(url) == "file") {
-        return (folder / FileUrlPath(url)).lexically_normal();
+    if (SchemeOf(Collapsed(url)) == "file") {
+        return (folder / FileUrlPath(Collapsed(url))).lexically_normal();
     }
     std::string slashes = url;
     std::replace(slashes.begin(), slashes.end(), '\\', '/');
-    for (const std::string& form : {url, DecodePercent(url), slashes}) {
+    const std::string collapsed = Collapsed(url);
+    const std::string withoutFragment = collapsed.substr(0, collapsed.find('#'));
+    for (const std::string& form :
+         {url, collapsed, DecodePercent(collapsed), slashes, DecodePercent(withoutFragment)}) {
         if (const fs::path path = folder / form; Exists(path)) {
             return path.lexically_normal();
         }
     }
-    return (folder / url).lexically_normal();
+    return (folder / collapsed).lexically_normal();
 }
 
 /// The same for all names of one file.
@@ -99,7 +110,7 @@ std::string IdentityOf(const fs::path& path) {
 } // namespace
 
 bool IsRemoteUrl(const std::string& url) {
-    const std::string scheme = SchemeOf(url);
+    const std::string scheme = SchemeOf(Collapsed(url));
     return !scheme.empty() && scheme != "file";
 }
 
@@ -118,13 +129,16 @@ void CFileList::AddCommandLineFile(const std::string& path) {
 }
 
 void CFileList::AddInclude(const SLandscapeFile& includingFile, const SInclude& include) {
+    if (Collapsed(include.url).empty()) {
+        return; // names nothing; the schema check tells a missing attribute
+    }
     SLandscapeFile file;
     file.index = static_cast<int>(m_files.size());
     file.description = include.description;
     file.name = include.name;
     file.includedBy = includingFile.url;
     if (IsRemoteUrl(include.url)) {
-        file.url = include.url;
+        file.url = Collapsed(include.url);
     } else {
         file.path = ResolveInclude(includingFile.path, include.url).string();
         file.url = file.path;

@@ -4,9 +4,13 @@
 #include "element_collector.h"
 #include "record_text.h"
 
+#include <filesystem>
+#include <system_error>
+
 namespace LandscapeValidator {
 
 using namespace Nax::FrontEnd::XMLDB;
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -16,6 +20,13 @@ constexpr char kNoFileUrl[] = "No explicit files information";
 // Memos have no operation of their own; their texts are in the services' rows.
 constexpr char kMemoRows[] =
     "INSERT INTO Memos (\"\", file_id) SELECT \"\", file_id FROM Services WHERE \"\" IS NOT NULL";
+
+// A landscape may name anything; reading a pipe would wait for ever, a device may never end.
+bool IsDevice(const std::string& path) {
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    return fs::exists(status) && !fs::is_regular_file(status) && !fs::is_directory(status);
+}
 
 } // namespace
 
@@ -31,7 +42,11 @@ bool CLandscapeLoader::Load(const Progress& progress) {
         loaded = AddFileRow(file.index, file.url, file.description, file.name) && loaded;
         m_outcomes.emplace_back();
         if (file.path.empty()) {
-            SkipRemoteFile(file);
+            Skip(file, ValidationInfo,
+                 "The included file was not followed: only local files are read.");
+        } else if (!file.includedBy.empty() && IsDevice(file.path)) {
+            Skip(file, ValidationAgainstXSDFailed,
+                 "The included file cannot be read: it is a device or a pipe, not a file.");
         } else {
             loaded = LoadFile(file) && loaded;
         }
@@ -61,13 +76,13 @@ bool CLandscapeLoader::LoadFile(const SLandscapeFile& file) {
     return AddRecords(collector.GetRecords(), std::to_string(file.index));
 }
 
-void CLandscapeLoader::SkipRemoteFile(const SLandscapeFile& file) {
+void CLandscapeLoader::Skip(const SLandscapeFile& file, ResultCodes code, const std::string& note) {
     SFileOutcome& outcome = m_outcomes.back();
-    outcome.code = ValidationInfo;
-    outcome.note = "The included file was not followed: only local files are read.";
+    outcome.code = code;
+    outcome.note = note;
     const std::string message =
-        "<p><strong>Included file: </strong> '" + file.url + "'\n" + outcome.note + "\n</p>";
-    m_findings[_bstr_t(file.url.c_str())] = {_bstr_t(message.c_str()), outcome.code};
+        "<p><strong>Included file: </strong> '" + file.url + "'\n" + note + "\n</p>";
+    m_findings[_bstr_t(file.url.c_str())] = {_bstr_t(message.c_str()), code};
 }
 
 bool CLandscapeLoader::AddFileRow(int index, const std::string& url,

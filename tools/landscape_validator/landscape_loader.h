@@ -43,7 +43,8 @@ public:
 
 private:
     bool LoadFile(const SLandscapeFile& file);
-    void SkipRemoteFile(const SLandscapeFile& file);
+    void Skip(const SLandscapeFile& file, Nax::FrontEnd::XMLDB::ResultCodes code,
+              const std::string& note);
     bool AddFileRow(int index, const std::string& url,
                     const std::optional<std::string>& description,
                     const std::optional<std::string>& name);

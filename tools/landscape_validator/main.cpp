@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "options.h"
+#include "platform/host.h"
 #include "validate_command.h"
 
 #include <exception>
@@ -9,6 +10,7 @@
 
 int main(int argc, char** argv) {
     using namespace LandscapeValidator;
+    Nax::FrontEnd::XMLDB::FillClosedStandardStreams();
     // Before any output: the library writes files through streams of its own.
     std::ios::sync_with_stdio(false);
     ExitCode exitCode = ExitCode::Failure;

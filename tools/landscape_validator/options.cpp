@@ -4,14 +4,13 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <array>
 #include <map>
 
 namespace LandscapeValidator {
 
 namespace {
 
-constexpr char kExamples[] = R"(
+constexpr char kFooter[] = R"(
 Exit codes:
   0  nothing at or above the threshold
   1  findings at or above the threshold (--fail-on)
@@ -22,44 +21,51 @@ Examples:
   landscape-validator validate -o report --fail-on warning central.xml local.xml
 )";
 
-// The first argument decides: anything that is no command is the beginning of the default one.
-std::vector<std::string> WithCommand(std::vector<std::string> arguments) {
-    static constexpr std::array<std::string_view, 5> kWords = {"validate", "-h", "--help",
-                                                               "--version", "-V"};
-    const bool known = !arguments.empty() &&
-                       std::find(kWords.begin(), kWords.end(), arguments.front()) != kWords.end();
-    if (!known && !arguments.empty()) {
-        arguments.insert(arguments.begin(), "validate");
-    }
-    return arguments;
-}
+constexpr char kCommand[] = "validate";
+constexpr int kMaxBackups = 1000000;
 
-void AddValidateOptions(CLI::App& command, SOptions& options) {
-    static const std::map<std::string, Severity> kThresholds = {{"error", Severity::Error},
-                                                                {"warning", Severity::Warning},
-                                                                {"info", Severity::Info},
-                                                                {"never", Severity::None}};
-    command.add_option("FILE", options.files, "Landscape XML files to validate")->required();
-    command
-        .add_option("-o,--output", options.outputFolder,
-                    "Folder for the database and the report (made when missing)")
+const std::map<std::string, Severity> kThresholds = {{"error", Severity::Error},
+                                                     {"warning", Severity::Warning},
+                                                     {"info", Severity::Info},
+                                                     {"never", Severity::None}};
+
+/// The words for CLI11, and those behind "--", which are files whatever they begin with. The
+/// command's name is dropped: it is the default one.
+struct SWords {
+    explicit SWords(const std::vector<std::string>& arguments) {
+        const auto end = std::find(arguments.begin(), arguments.end(), "--");
+        options.assign(arguments.begin(), end);
+        if (end != arguments.end()) {
+            files.assign(end + 1, arguments.end());
+        }
+        if (!options.empty() && options.front() == kCommand) {
+            options.erase(options.begin());
+        }
+        std::reverse(options.begin(), options.end());
+    }
+
+    std::vector<std::string> options; ///< last one first, as CLI11 takes them
+    std::vector<std::string> files;
+};
+
+void AddOptions(CLI::App& app, SOptions& options, std::string& threshold) {
+    app.add_option("FILE", options.files, "Landscape XML files to validate");
+    app.add_option("-o,--output", options.outputFolder,
+                   "Folder for the database and the report (made when missing)")
         ->option_text("DIR [landscape-report]");
-    command
-        .add_option("--fail-on", options.failOn,
-                    "Lowest severity that ends the run with 1: error, warning, info, never")
+    app.add_option("--fail-on", threshold,
+                   "Lowest severity that ends the run with 1: error, warning, info, never")
         ->option_text("LEVEL [error]")
-        ->transform(CLI::CheckedTransformer(kThresholds).description(""));
-    command
-        .add_option("--keep-backups", options.keepBackups,
-                    "How many earlier databases and summaries stay in DIR")
+        ->check(CLI::IsMember({"error", "warning", "info", "never"}).description(""));
+    app.add_option("--keep-backups", options.keepBackups,
+                   "How many earlier databases and summaries stay in DIR")
         ->option_text("N [5]")
-        ->check(CLI::NonNegativeNumber.description(""));
-    command.add_flag("--json", options.writeJson, "Also write the page's data as JSON files");
-    command.add_flag("--open", options.openPage, "Open the report page in the browser");
-    command.add_flag("--all", options.showAll, "Print every finding, not the first of each file");
-    command
-        .add_option("--config-dir", options.configFolder,
-                    "Folder that holds naxfewxmldb/registry.ini, instead of the user's")
+        ->check(CLI::Range(0, kMaxBackups).description(""));
+    app.add_flag("--json", options.writeJson, "Also write the page's data as JSON files");
+    app.add_flag("--open", options.openPage, "Open the report page in the browser");
+    app.add_flag("--all", options.showAll, "Print every finding, not the first of each file");
+    app.add_option("--config-dir", options.configFolder,
+                   "Folder that holds naxfewxmldb/registry.ini, instead of the user's")
         ->option_text("DIR");
 }
 
@@ -68,19 +74,20 @@ void AddValidateOptions(CLI::App& command, SOptions& options) {
 std::optional<SOptions> ParseCommandLine(const std::vector<std::string>& arguments,
                                          std::ostream& out, std::ostream& err, ExitCode& exitCode) {
     SOptions options;
+    std::string threshold = "error";
     CLI::App app("Finds every fault in landscape XML files and explains it.",
-                 "landscape-validator");
+                 "landscape-validator [validate]");
     app.set_version_flag("-V,--version", "landscape-validator " LANDSCAPE_VALIDATOR_VERSION);
-    app.footer(kExamples);
-    app.require_subcommand(1);
-    CLI::App* validate =
-        app.add_subcommand("validate", "Validate landscape files (the default command)");
-    validate->footer(kExamples);
-    AddValidateOptions(*validate, options);
+    app.footer(kFooter);
+    AddOptions(app, options, threshold);
     try {
-        std::vector<std::string> words = WithCommand(arguments);
-        std::reverse(words.begin(), words.end());
-        app.parse(words);
+        SWords words(arguments);
+        app.parse(words.options);
+        options.files.insert(options.files.end(), words.files.begin(), words.files.end());
+        if (options.files.empty()) {
+            throw CLI::RequiredError("FILE");
+        }
+        options.failOn = kThresholds.at(threshold);
         return options;
     } catch (const CLI::ParseError& error) {
         const bool asked = app.exit(error, out, err) == 0;

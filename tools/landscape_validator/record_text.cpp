@@ -77,7 +77,9 @@ std::string MakeInsert(const STable& table, const CRecordBuffer::Values& values,
                                     ? std::optional<std::string_view>(fileIndex)
                                     : values[column]);
     }
-    return "INSERT INTO \"" + table.name + "\" (" + names + ") VALUES (" + literals + ")";
+    // The commit has renamed the tables of memos; elements of the other kinds here keep theirs.
+    const std::string name = table.name == "Memo" ? "Memos" : table.name;
+    return "INSERT INTO \"" + name + "\" (" + names + ") VALUES (" + literals + ")";
 }
 
 } // namespace LandscapeValidator

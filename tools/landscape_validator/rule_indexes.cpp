@@ -20,7 +20,7 @@ constexpr std::array kColumns = {
     SIndexedColumn{"Items", "serviceid"}, SIndexedColumn{"Nodes", "uuid"},
     SIndexedColumn{"Workspaces", "uuid"}, SIndexedColumn{"Messageservers", "uuid"},
     SIndexedColumn{"Routers", "uuid"},    SIndexedColumn{"Webdispatchers", "uuid"},
-    SIndexedColumn{"LDAPS", "uuid"},
+    SIndexedColumn{"LDAPS", "uuid"},      SIndexedColumn{"Files", "uri"},
 };
 
 std::string IndexName(const SIndexedColumn& column) {

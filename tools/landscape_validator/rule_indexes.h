@@ -5,7 +5,8 @@
 
 namespace LandscapeValidator {
 
-/// Indexes on the ids that the rules compare, for the time of a rule run. The rules ask the same
+/// Indexes on the ids that the rules compare, and on the names by which schema findings look for
+/// their files, for the time of a rule run. The rules ask the same
 /// tables dozens of times for the same ids; with an index the database answers from that instead
 /// of building a list for each question, which takes the catalogue to a third of the time on
 /// 200,000 entries. Without one (a table may be missing) a rule is slower, not wrong.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "summary.h"
 
+#include "printable.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -28,20 +30,7 @@ std::string Plural(std::size_t count, const char* singular, const char* plural) 
     return fmt::format("{} {}", count, count == 1 ? singular : plural);
 }
 
-/// Texts come from the files: what would move the cursor or change colours is shown as "?".
-std::string Printable(const std::string& text) {
-    std::string printable = text;
-    std::replace_if(
-        printable.begin(), printable.end(),
-        [](char character) {
-            const auto byte = static_cast<unsigned char>(character);
-            return byte < 0x20 || byte == 0x7F;
-        },
-        '?');
-    return printable;
-}
-
-/// First line for a run-time error, whose text is a block; the whole text otherwise.
+/// A text without its line ends: a run-time error is a block.
 std::string OneLine(const std::string& text) {
     std::string line = text;
     while (!line.empty() && (line.back() == '\n' || line.back() == ' ')) {

@@ -5,6 +5,7 @@
 #include "findings.h"
 #include "landscape_loader.h"
 #include "platform/host.h"
+#include "printable.h"
 #include "report.h"
 #include "rule_indexes.h"
 #include "summary.h"
@@ -46,6 +47,9 @@ std::string WhyUnreadable(const std::string& path) {
     if (fs::is_directory(status)) {
         return "It is a folder";
     }
+    if (!fs::is_regular_file(status)) {
+        return {}; // a pipe can be opened once only, and that is the parser's turn
+    }
     errno = 0;
     const std::ifstream file(path, std::ios::binary);
     return file ? std::string() : std::generic_category().message(errno);
@@ -72,7 +76,7 @@ public:
 
 private:
     bool Fail(const std::string& message) {
-        m_err << kName << message << '\n';
+        m_err << kName << PrintableLines(message) << '\n';
         m_complete = false;
         return false;
     }
@@ -81,22 +85,28 @@ private:
     bool ReadCommandLineFiles() {
         bool any = false;
         for (const std::string& path : m_options.files) {
-            const std::string reason = WhyUnreadable(path);
+            const std::string reason = IsUtf8(path) ? WhyUnreadable(path) : "Its name is not UTF-8";
             if (reason.empty()) {
                 any = true;
             } else {
                 Fail(fmt::format("cannot read '{}': {}", path, reason));
             }
-            m_files.AddCommandLineFile(path);
+            if (IsUtf8(path)) {
+                m_files.AddCommandLineFile(path);
+            }
         }
         return any;
     }
 
     bool PrepareFolder() {
         const std::string& folder = m_options.outputFolder;
+        if (!IsUtf8(folder)) {
+            return Fail("the name of the output folder is not UTF-8");
+        }
         std::error_code error;
+        std::error_code ignored;
         fs::create_directories(folder, error);
-        if (!fs::is_directory(folder)) {
+        if (!fs::is_directory(folder, ignored)) {
             return Fail("cannot make the output folder '" + folder +
                         "': " + (error ? error.message() : "A file has that name"));
         }
@@ -151,8 +161,8 @@ private:
         {
             const CRuleIndexes indexes(*m_processor);
             done = m_rules->Execute() && done;
+            m_rules->PreProcess(m_loader->GetFindings());
         }
-        m_rules->PreProcess(m_loader->GetFindings());
         ShowProgress({});
         return done || FailDatabase("the rules cannot be run");
     }
@@ -206,7 +216,7 @@ private:
     void ShowProgress(const std::string& text) {
         static const bool terminal = IsStandardErrorTerminal();
         if (terminal) {
-            m_err << "\r\x1b[K" << text << std::flush;
+            m_err << "\r\x1b[K" << Printable(text) << std::flush;
         }
     }
 

@@ -9,6 +9,7 @@ namespace Nax::FrontEnd::XMLDB {
 namespace {
 
 constexpr std::size_t ValueLimit = 200;
+constexpr std::size_t TextLimit = 500;
 constexpr std::size_t ExpectedLimit = 20;
 
 struct SWords {
@@ -46,6 +47,18 @@ constexpr std::array<std::string_view, 7> BoundPhrases = {
 std::string_view Trimmed(std::string_view text) {
     const std::size_t end = text.find_last_not_of(" \t\r\n");
     return end == text.npos ? std::string_view() : text.substr(0, end + 1);
+}
+
+/// The first `limit` characters, and a sign that there are more.
+std::string Shortened(std::string_view text, std::size_t limit) {
+    std::size_t characters = 0;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const bool begins = (static_cast<unsigned char>(text[at]) & 0xC0U) != 0x80U;
+        if (begins && ++characters > limit) {
+            return std::string(text.substr(0, at)) + "…";
+        }
+    }
+    return std::string(text);
 }
 
 /// The part between `before` (its last occurrence) and the last `after`.
@@ -183,6 +196,10 @@ std::string DescribeContent(const SSchemaFault& fault) {
 }
 
 std::string DescribeRoot(const SSchemaFault& fault) {
+    if (!fault.elementNamespace.empty()) {
+        return Subject(fault) + " stands in the namespace " + Quoted(fault.elementNamespace) +
+               ", which the schema does not know; expected: an element without namespace.";
+    }
     const bool known = fault.roots != nullptr && !fault.roots->empty();
     return Subject(fault) + " is not known as root of a document" +
            (known ? "; expected: " + QuotedList(*fault.roots) + "." : ".");
@@ -194,22 +211,13 @@ std::string DescribeEmpty(const SSchemaFault& fault) {
 }
 
 std::string DescribeOther(const SSchemaFault& fault) {
-    return Subject(fault) + ": " + WithDoubleQuotes(Trimmed(fault.text));
+    return Subject(fault) + ": " + Shortened(WithDoubleQuotes(Trimmed(fault.text)), TextLimit);
 }
 
 } // namespace
 
 std::string Quoted(std::string_view text) {
-    std::size_t characters = 0;
-    std::size_t end = 0;
-    while (end < text.size()) {
-        const bool begins = (static_cast<unsigned char>(text[end]) & 0xC0U) != 0x80U;
-        if (begins && ++characters > ValueLimit) {
-            return "\"" + std::string(text.substr(0, end)) + "…\"";
-        }
-        ++end;
-    }
-    return "\"" + std::string(text) + "\"";
+    return "\"" + Shortened(text, ValueLimit) + "\"";
 }
 
 SSchemaMessage SplitSchemaMessage(std::string_view message) {
@@ -315,7 +323,8 @@ std::string DescribeSyntaxFault(const xmlError& error) {
         default:
             break;
     }
-    std::string text = WithDoubleQuotes(Trimmed(error.message == nullptr ? "" : error.message));
+    std::string text = Shortened(
+        WithDoubleQuotes(Trimmed(error.message == nullptr ? "" : error.message)), TextLimit);
     if (text.empty()) {
         text = "The document is not well-formed";
     }

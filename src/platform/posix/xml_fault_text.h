@@ -23,7 +23,8 @@ struct SSchemaFault {
     int code = 0;
     std::string_view text{}; ///< the validator's words
     std::string_view element{};
-    std::string_view parent{}; ///< empty for the root
+    std::string_view elementNamespace{}; ///< empty for none
+    std::string_view parent{};           ///< empty for the root
     std::string_view attribute{};
     std::optional<std::string_view> value{}; ///< of the attribute
     std::string_view typeName{};             ///< of the attribute, where the schema names one

@@ -144,7 +144,7 @@ void CXmlStream::ReportText(const xmlChar* text, int length) {
         m_options.sink->Characters(ViewOf(text, length));
     }
     SOpenElement& element = m_open.back();
-    if (!element.isValidated || element.textOffset != NoText) {
+    if (!element.isValidated) {
         return;
     }
     const std::size_t first = ViewOf(text, length).find_first_not_of(" \t\r\n");

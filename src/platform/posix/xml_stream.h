@@ -38,7 +38,7 @@ private:
         const xmlChar* name;            ///< qualified, in the parser's dictionary
         const SElementOutline* outline; ///< null when its children are the validator's business
         std::size_t offset;
-        std::size_t textOffset;     ///< of its first text that is not blank
+        std::size_t textOffset;     ///< of its latest text that is not blank
         std::uint64_t seenChildren; ///< by position in the outline
         bool isValidated;
         bool hasContentFault; ///< it contains elements where none may be

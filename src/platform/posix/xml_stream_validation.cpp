@@ -138,6 +138,9 @@ std::string CXmlStream::Describe(const xmlError& error, std::string_view attribu
     }
     fault.attribute = attribute;
     fault.roots = &m_outline->Roots();
+    if (message.element.starts_with('{')) {
+        fault.elementNamespace = message.element.substr(1, message.element.find('}') - 1);
+    }
     const int index = attribute.empty() ? -1 : FindAttribute(attribute);
     if (index >= 0) {
         const xmlChar** found = m_startEvent.attributes + static_cast<std::ptrdiff_t>(index) * 5;

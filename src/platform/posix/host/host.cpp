@@ -63,6 +63,15 @@ LockOutcome LockFolder(const std::string& folder, std::unique_ptr<IFolderLock>& 
     }
 }
 
+void FillClosedStandardStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) == -1) {
+            // The lowest free number is the closed one; read-only makes writing fail.
+            open("/dev/null", stream == STDIN_FILENO ? O_RDWR : O_RDONLY);
+        }
+    }
+}
+
 bool IsStandardOutputTerminal() {
     return isatty(STDOUT_FILENO) == 1;
 }

@@ -21,6 +21,10 @@ enum class LockOutcome { Taken, HeldElsewhere, Failed };
 LockOutcome LockFolder(const std::string& folder, std::unique_ptr<IFolderLock>& lock,
                        std::string& message);
 
+/// Puts the null device where the caller has closed a standard stream, so that no file of ours
+/// takes its number. Writing to a stream that was closed still fails.
+void FillClosedStandardStreams();
+
 bool IsStandardOutputTerminal();
 bool IsStandardErrorTerminal();
 
