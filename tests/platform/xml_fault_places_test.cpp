@@ -62,6 +62,17 @@ TEST(XmlFaultPlaces, PointAtTheAttributeOrTheElement) {
     }
 }
 
+TEST(XmlFaultPlaces, EveryStrayTextHasItsOwnLine) {
+    const SXmlTestOutcome outcome = LoadText(
+        ValidatingDocument(SmallSchema),
+        "<Root updated='u'>\n<Items>\none\n<Item/>\ntwo\n<!-- c -->\nthree</Items></Root>");
+    std::vector<long> lines;
+    for (const SXmlTestFault& fault : outcome.faults) {
+        lines.push_back(fault.line);
+    }
+    EXPECT_EQ(lines, (std::vector<long>{3, 5, 7}));
+}
+
 TEST(XmlFaultPlaces, LinesPast65535) {
     std::string xml = "<Root updated='u'><Items>";
     for (int line = 1; line < 150000; ++line) {

@@ -30,6 +30,19 @@ std::string Plural(std::size_t count, const char* singular, const char* plural) 
     return fmt::format("{} {}", count, count == 1 ? singular : plural);
 }
 
+/// A value of a landscape may be megabytes; the whole text is in the database and in the report.
+std::string Shortened(const std::string& text) {
+    constexpr std::size_t kLimit = 600;
+    if (text.size() <= kLimit) {
+        return text;
+    }
+    std::size_t end = kLimit;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) {
+        --end;
+    }
+    return text.substr(0, end) + "…";
+}
+
 /// A text without its line ends: a run-time error is a block.
 std::string OneLine(const std::string& text) {
     std::string line = text;
@@ -37,7 +50,7 @@ std::string OneLine(const std::string& text) {
         line.pop_back();
     }
     std::replace(line.begin(), line.end(), '\n', ' ');
-    return Printable(line);
+    return Printable(Shortened(line));
 }
 
 } // namespace
