@@ -29,7 +29,8 @@ bool CJsonExporter::Export(const std::string& statement, const std::string& file
     std::string json;
     const bool read = ReadJson(statement, json);
     const bool result = read && Deliver(std::move(json), fileName);
-    if (!viewName.empty()) {
+    // A view over what cannot be queried would make every later change of a table fail.
+    if (read && !viewName.empty()) {
         const std::lock_guard turn(s_databaseTurn);
         const std::string sql =
             Format("CREATE VIEW if not exists %s as \n", viewName.c_str()) + statement;

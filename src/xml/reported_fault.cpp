@@ -4,7 +4,16 @@
 #include "support/bstr_text.h"
 #include "xml/com_check.h"
 
+#include <algorithm>
+
 namespace Nax::FrontEnd::XMLDB {
+
+std::string OneLine(std::string text) {
+    std::replace_if(
+        text.begin(), text.end(),
+        [](char character) { return character == '\n' || character == '\r'; }, ' ');
+    return text;
+}
 
 SReportedFault ReadFault(IXMLDOMParseError* error) {
     SReportedFault fault;
@@ -14,8 +23,8 @@ SReportedFault ReadFault(IXMLDOMParseError* error) {
     NAX_CHECK(error->get_reason(reason.GetAddress()));
     NAX_CHECK(error->get_srcText(source.GetAddress()));
     NAX_CHECK(error->get_line(&fault.line));
-    fault.reason = ToNarrow(reason);
-    fault.source = ToNarrow(source);
+    fault.reason = OneLine(ToNarrow(reason));
+    fault.source = OneLine(ToNarrow(source));
     return fault;
 }
 

@@ -15,6 +15,10 @@ struct SReportedFault {
     long line = 0;
 };
 
+/// `text` with blanks for line ends. The lines of a validation message are its structure: a value
+/// from a file must not be able to write a line of its own.
+std::string OneLine(std::string text);
+
 /// Reads one fault object. Raises `_com_error`.
 SReportedFault ReadFault(IXMLDOMParseError* error);
 /// Reads the document's first fault. Raises `_com_error`.

@@ -154,7 +154,7 @@ bool CXmlXsdValidator::Run(const SRequest& request, _bstr_t& message) {
 
 bool CXmlXsdValidator::Check(const SRequest& request, _bstr_t& message) {
     const char* label = request.useLocalCopy ? kFileLabel : kLocalFileLabel;
-    const std::string name = ToNarrow(request.fileName);
+    const std::string name = OneLine(ToNarrow(request.fileName));
     const _bstr_t& source = request.useLocalCopy ? request.localFileName : request.fileName;
     const _variant_t path(ToNarrow(source).c_str());
     const IXMLDOMDocument2Ptr document = CreateValidatingDocument(request.schema);

@@ -56,7 +56,7 @@ check 'not well-formed' 1 'broken.xml' '' -o r broken.xml
 check 'quote in a name' 0 'No findings.' '' -o r "with 'quote.xml"
 check 'file named like the command' 0 'No findings.' '' -o r ./validate
 check 'missing file' 2 '' "cannot read 'none.xml': No such file" -o r none.xml
-check 'missing after good' 2 '1 error, 0 warnings' "cannot read 'none.xml'" -o r "$clean" none.xml
+check 'missing after good' 2 '0 errors, 1 warning' "cannot read 'none.xml'" -o r "$clean" none.xml
 check 'missing before bad' 2 'errors' "cannot read 'none.xml'" -o r none.xml "$faulty"
 check 'folder as file' 2 '' 'It is a folder' -o r .
 check 'no file' 2 '' 'FILE' validate

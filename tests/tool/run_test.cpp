@@ -36,6 +36,15 @@ std::string Routers(int count, const std::string& attributes = "") {
     return text + "</Routers>";
 }
 
+/// Services without an item: an info finding each.
+std::string Services(int count) {
+    std::string text = "<Services>";
+    for (int number = 1; number <= count; ++number) {
+        text += "<Service type=\"URL\" uuid=\"" + Uuid(1000 + number) + "\"/>";
+    }
+    return text + "</Services>";
+}
+
 std::string Includes(const std::vector<std::string>& urls) {
     std::string text = "<Includes>";
     for (const std::string& url : urls) {
@@ -219,13 +228,59 @@ TEST(Run, TheNewestBackupsStayAndNothingElseIsTouched) {
 
 TEST(Run, LongListsAreCappedUnlessAllIsAsked) {
     const CScratchFolder scratch;
-    scratch.Write("main.xml", Landscape(Routers(130, " colour=\"x\"")));
-    SOptions all;
-    all.showAll = true;
-    EXPECT_NE(RunTool(scratch, {"main.xml"}).out.find("10 of 130 shown"), std::string::npos);
-    const SRun run = RunTool(scratch, {"main.xml"}, all);
-    EXPECT_NE(run.out.find("100 of 130 shown"), std::string::npos) << run.out;
-    EXPECT_NE(run.out.find("130 errors"), std::string::npos) << run.out;
+    scratch.Write("main.xml", Landscape(Routers(130, " colour=\"x\"") + Services(30)));
+    const SRun capped = RunTool(scratch, {"main.xml"});
+    EXPECT_NE(capped.out.find("10 of 130 shown; --all"), std::string::npos) << capped.out;
+    EXPECT_NE(capped.out.find("10 of 31 shown; --all"), std::string::npos) << capped.out;
+    SOptions options;
+    options.showAll = true;
+    const SRun all = RunTool(scratch, {"main.xml"}, options);
+    EXPECT_NE(all.out.find("100 of 130 shown; the others are only counted"), std::string::npos);
+    EXPECT_EQ(all.out.find("of 31 shown"), std::string::npos) << all.out;
+}
+
+TEST(Run, SchemaViolationsAreShownAsOnThePageAndFailTheRun) {
+    const CScratchFolder scratch;
+    scratch.Write("main.xml",
+                  Landscape("\n<Routers>\n" + Router(1, " colour=\"x\"") + "</Routers>"));
+    SOptions options;
+    options.writeJson = true;
+    const SRun run = RunTool(scratch, {"main.xml"}, options);
+    EXPECT_EQ(run.exitCode, ExitCode::Findings);
+    for (const char* text : {"0 errors, 1 warning, 0 info findings.", "1 violation of the schema:",
+                             "line 4: Attribute \"colour\"", "count as errors for the exit code",
+                             "Files by result: Success(0) Error(0) Warning(1) Info(0)"}) {
+        EXPECT_NE(run.out.find(text), std::string::npos) << text << "\n" << run.out;
+    }
+    EXPECT_TRUE(std::filesystem::exists(scratch.Path("report/EllipseResult.json")));
+    RunTool(scratch, {"main.xml"});
+    EXPECT_FALSE(std::filesystem::exists(scratch.Path("report/EllipseResult.json")))
+        << "the file of an earlier run stayed";
+}
+
+TEST(Run, AJsonFileThatCannotBeWrittenFailsTheRun) {
+    const CScratchFolder scratch;
+    scratch.Write("main.xml", Landscape(""));
+    std::filesystem::create_directories(scratch.Path("report/FilterAllFiles.json"));
+    SOptions options;
+    options.writeJson = true;
+    const SRun run = RunTool(scratch, {"main.xml"}, options);
+    EXPECT_EQ(run.exitCode, ExitCode::Failure);
+    EXPECT_NE(run.err.find("the JSON files cannot be written"), std::string::npos) << run.err;
+}
+
+TEST(Run, ForeignTextCannotForgeAViolation) {
+    const CScratchFolder scratch;
+    scratch.Write("main.xml",
+                  Landscape("<Services><Service type=\"x&#10;&lt;/p>&lt;p>&#10;&lt;strong>Issue # 2"
+                            "&lt;/strong>: FORGED\" uuid=\"" +
+                            Uuid(1) + "\"/></Services>"));
+    const SRun run = RunTool(scratch, {"main.xml"});
+    const std::vector<std::string> message =
+        Column(run, "SELECT ResultDescription FROM ValidationResults WHERE RuleId = '-1'");
+    ASSERT_EQ(message.size(), 1U);
+    EXPECT_NE(message[0].find("FORGED"), std::string::npos);
+    EXPECT_EQ(message[0].find("\n<strong>Issue # 2"), std::string::npos) << message[0];
 }
 
 } // namespace

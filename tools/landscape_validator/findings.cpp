@@ -3,7 +3,10 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <map>
+#include <string_view>
 #include <tuple>
+#include <utility>
 
 namespace LandscapeValidator {
 
@@ -11,7 +14,8 @@ using namespace Nax::FrontEnd::XMLDB;
 
 namespace {
 
-constexpr char kSchemaRuleName[] = "XML Schema(XSD) validation results";
+// As the table of rules and the report page name it.
+constexpr char kSchemaRuleName[] = "Validation against XSD";
 
 // Schema findings stand there too, one a file, but not their faults one by one.
 constexpr char kRuleFindings[] =
@@ -22,70 +26,85 @@ int ToNumber(const CStringA& text, int whenEmpty) {
     return text.IsEmpty() ? whenEmpty : static_cast<int>(std::strtol(text, nullptr, 10));
 }
 
-void AddCount(std::map<std::pair<int, Severity>, SRuleCount>& counts, int ruleId, Severity severity,
-              const std::string& name, std::size_t count) {
-    SRuleCount& rule = counts[{ruleId, severity}];
-    rule.ruleId = ruleId;
-    rule.severity = severity;
-    rule.name = name;
-    rule.count += count;
+using RuleCounts = std::map<std::pair<Severity, int>, SRuleCount>;
+
+void Add(const SFinding& finding, const std::string& ruleName, SFindings& all, RuleCounts& counts) {
+    SRuleCount& rule = counts[{finding.severity, finding.ruleId}];
+    rule.ruleId = finding.ruleId;
+    rule.severity = finding.severity;
+    rule.name = ruleName;
+    ++rule.count;
+    all.findings.push_back(finding);
+}
+
+void AddSchemaFinding(const SFileOutcome& outcome, int fileIndex, SFindings& all,
+                      RuleCounts& counts) {
+    const Severity severity = ShownSeverityOf(outcome.code);
+    if (severity == Severity::None) {
+        return;
+    }
+    SFinding finding{kSchemaRuleId, severity,     GateSeverityOf(outcome.code),
+                     fileIndex,     outcome.note, nullptr};
+    if (outcome.note.empty()) {
+        finding.violations = &outcome.result;
+        finding.text = !outcome.result.wellFormed ? "The file cannot be used:"
+                       : outcome.result.total == 1
+                           ? "1 violation of the schema:"
+                           : std::to_string(outcome.result.total) + " violations of the schema:";
+    }
+    Add(finding, kSchemaRuleName, all, counts);
 }
 
 } // namespace
 
 std::size_t SFindings::Count(Severity severity) const {
-    std::size_t count = 0;
-    for (const SRuleCount& rule : rules) {
-        count += rule.severity == severity ? rule.count : 0;
-    }
-    return count;
+    return static_cast<std::size_t>(
+        std::count_if(findings.begin(), findings.end(),
+                      [severity](const SFinding& f) { return f.severity == severity; }));
+}
+
+bool SFindings::Reach(Severity threshold) const {
+    return threshold != Severity::None &&
+           std::any_of(findings.begin(), findings.end(),
+                       [threshold](const SFinding& f) { return f.gate <= threshold; });
+}
+
+bool SFindings::AnyRaised() const {
+    return std::any_of(findings.begin(), findings.end(),
+                       [](const SFinding& f) { return f.gate != f.severity; });
 }
 
 SFindings CollectFindings(CDBProcessor& processor, const std::vector<SFileOutcome>& outcomes) {
     SFindings all;
-    std::map<std::pair<int, Severity>, SRuleCount> counts;
-    int fileIndex = 0;
-    for (const SFileOutcome& outcome : outcomes) {
-        const Severity severity = SeverityOf(outcome.code);
-        for (const SXmlIssue& issue : outcome.result.issues) {
-            all.findings.push_back({kSchemaRuleId, severity, fileIndex, issue.line, issue.reason});
-        }
-        if (!outcome.note.empty()) {
-            all.findings.push_back({kSchemaRuleId, severity, fileIndex, 0, outcome.note});
-        }
-        const long listed = static_cast<long>(outcome.result.issues.size());
-        if (outcome.result.total > listed) {
-            all.unlistedFaults[fileIndex] = outcome.result.total - listed;
-        }
-        const long total = outcome.note.empty() ? outcome.result.total : 1;
-        if (total > 0) {
-            AddCount(counts, kSchemaRuleId, severity, kSchemaRuleName,
-                     static_cast<std::size_t>(total));
-        }
-        ++fileIndex;
+    RuleCounts counts;
+    for (std::size_t index = 0; index < outcomes.size(); ++index) {
+        AddSchemaFinding(outcomes[index], static_cast<int>(index), all, counts);
     }
     std::shared_ptr<IRecordset> rows;
     if (processor.DB_ExecuteQuery(kRuleFindings, rows)) {
         while (rows->MoveNext()) {
             const auto code = static_cast<ResultCodes>(rows->GetInt(2));
-            SFinding finding{rows->GetInt(0), SeverityOf(code), ToNumber(rows->GetString(4), -1), 0,
-                             rows->GetString(3).GetString()};
-            AddCount(counts, finding.ruleId, finding.severity, rows->GetString(1).GetString(), 1);
-            all.findings.push_back(std::move(finding));
+            const SFinding finding{rows->GetInt(0),
+                                   ShownSeverityOf(code),
+                                   GateSeverityOf(code),
+                                   ToNumber(rows->GetString(4), -1),
+                                   rows->GetString(3).GetString(),
+                                   nullptr};
+            Add(finding, rows->GetString(1).GetString(), all, counts);
         }
     }
-    std::sort(
-        all.findings.begin(), all.findings.end(), [](const SFinding& left, const SFinding& right) {
-            return std::tie(left.fileIndex, left.severity, left.line, left.ruleId, left.text) <
-                   std::tie(right.fileIndex, right.severity, right.line, right.ruleId, right.text);
-        });
+    const auto order = [](const SFinding& finding) {
+        // What is wrong with the file itself comes first.
+        return std::tuple(finding.fileIndex, finding.ruleId != kSchemaRuleId, finding.severity,
+                          finding.ruleId, std::string_view(finding.text));
+    };
+    std::sort(all.findings.begin(), all.findings.end(),
+              [&order](const SFinding& left, const SFinding& right) {
+                  return order(left) < order(right);
+              });
     for (auto& [key, rule] : counts) {
         all.rules.push_back(std::move(rule));
     }
-    std::stable_sort(all.rules.begin(), all.rules.end(),
-                     [](const SRuleCount& left, const SRuleCount& right) {
-                         return left.severity < right.severity;
-                     });
     return all;
 }
 

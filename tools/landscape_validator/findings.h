@@ -5,7 +5,6 @@
 #include "severity.h"
 
 #include <cstddef>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -14,13 +13,15 @@ namespace LandscapeValidator {
 /// Id under which schema findings stand among the rules' ids.
 inline constexpr int kSchemaRuleId = -1;
 
-/// One finding as it is shown.
+/// One finding, as one row of the results.
 struct SFinding {
     int ruleId = kSchemaRuleId;
-    Severity severity = Severity::Error;
+    Severity severity = Severity::Error; ///< as shown
+    Severity gate = Severity::Error;     ///< as it counts for the exit code
     int fileIndex = -1;
-    long line = 0; ///< 0 when not known
     std::string text;
+    /// The violations that a schema finding sums up; null for rules and for files not read.
+    const Nax::FrontEnd::XMLDB::SXmlValidationResult* violations = nullptr;
 };
 
 /// A rule's share of the findings.
@@ -31,17 +32,21 @@ struct SRuleCount {
     std::size_t count = 0;
 };
 
-/// All findings of a run, in a total order: by file, severity, line, rule, text.
+/// All findings of a run, in a total order: by file, schema first, then severity, rule, text. Counts are those of the
+/// report page: a file's schema violations are one finding.
 struct SFindings {
     std::vector<SFinding> findings;
     std::vector<SRuleCount> rules; ///< those with findings: most severe first, then by id
-    /// Schema faults beyond the ones kept in detail, by file index.
-    std::map<int, long> unlistedFaults;
 
     std::size_t Count(Severity severity) const;
+    /// True when a finding counts as `threshold` or worse for the exit code.
+    bool Reach(Severity threshold) const;
+    /// True when a finding counts for more than it is shown as.
+    bool AnyRaised() const;
 };
 
-/// Reads the rules' findings from the database and joins the schema check's outcomes.
+/// Reads the rules' findings from the database and joins the schema check's outcomes, which must
+/// outlive them.
 SFindings CollectFindings(Nax::FrontEnd::XMLDB::CDBProcessor& processor,
                           const std::vector<SFileOutcome>& outcomes);
 

@@ -4,6 +4,7 @@
 #include "element_collector.h"
 #include "record_text.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 
@@ -26,6 +27,11 @@ bool IsDevice(const std::string& path) {
     std::error_code error;
     const fs::file_status status = fs::status(path, error);
     return fs::exists(status) && !fs::is_regular_file(status) && !fs::is_directory(status);
+}
+
+std::string OneLine(std::string text) {
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    return text;
 }
 
 } // namespace
@@ -80,8 +86,12 @@ void CLandscapeLoader::Skip(const SLandscapeFile& file, ResultCodes code, const 
     SFileOutcome& outcome = m_outcomes.back();
     outcome.code = code;
     outcome.note = note;
+    // In the form of a schema check's message, which is the one that readers of results know.
     const std::string message =
-        "<p><strong>Included file: </strong> '" + file.url + "'\n" + note + "\n</p>";
+        "<p><strong>File used for validation: </strong> '" + OneLine(file.url) +
+        "'\nValidation against XSD scheme: failed!\n\nReason: " + note +
+        "\nSource: \nLine: 0\n</p><p>\n<strong>Issue # 1</strong>: " + note +
+        "\n<strong>Source:</strong> \n<strong>Line:</strong> 0\n</p>";
     m_findings[_bstr_t(file.url.c_str())] = {_bstr_t(message.c_str()), code};
 }
 

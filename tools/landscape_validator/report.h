@@ -33,6 +33,9 @@ public:
     SPageCounts ReadPageCounts() const;
 
 private:
+    void RemoveJsonFiles() const;
+    bool HasJsonFiles() const;
+    bool IsPageComplete() const;
     bool WriteRulesPage();
     bool Check(bool done, const std::string& what);
     StatusCounts CountStatuses(const std::string& exportName) const;

@@ -5,12 +5,12 @@ namespace LandscapeValidator {
 
 using namespace Nax::FrontEnd::XMLDB;
 
-Severity SeverityOf(ResultCodes code) {
+Severity ShownSeverityOf(ResultCodes code) {
     switch (code) {
         case ValidationFailed:
+            return Severity::Error;
         case RuntimeError:
         case ValidationAgainstXSDFailed:
-            return Severity::Error;
         case ValidationWarning:
             return Severity::Warning;
         case ValidationInfo:
@@ -20,6 +20,11 @@ Severity SeverityOf(ResultCodes code) {
             break;
     }
     return Severity::None;
+}
+
+Severity GateSeverityOf(ResultCodes code) {
+    return code == RuntimeError || code == ValidationAgainstXSDFailed ? Severity::Error
+                                                                      : ShownSeverityOf(code);
 }
 
 const char* SeverityLabel(Severity severity) {

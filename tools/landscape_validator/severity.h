@@ -8,8 +8,13 @@ namespace LandscapeValidator {
 /// Severities, most severe first.
 enum class Severity { Error, Warning, Info, None };
 
-/// Severity of a result code; None for the two that mean "passed".
-Severity SeverityOf(Nax::FrontEnd::XMLDB::ResultCodes code);
+/// How a result is shown, here as on the report page: a schema violation and a rule that failed
+/// to run are warnings. None for the two codes that mean "passed".
+Severity ShownSeverityOf(Nax::FrontEnd::XMLDB::ResultCodes code);
+
+/// What a result counts as for the exit code: there those two are errors, because a landscape
+/// that was not checked as a whole must not pass.
+Severity GateSeverityOf(Nax::FrontEnd::XMLDB::ResultCodes code);
 
 /// "ERROR", "WARNING", "INFO".
 const char* SeverityLabel(Severity severity);

@@ -79,9 +79,7 @@ void CSummary::Print(const SFindings& findings, const CFileList& files, std::siz
             begin, end, [index](const SFinding& finding) { return finding.fileIndex != index; });
         const auto place = static_cast<std::size_t>(index);
         const bool known = index >= 0 && place < files.GetCount();
-        const auto unlisted = findings.unlistedFaults.find(index);
-        PrintFile(known ? files[place].url : "No explicit files information", begin, next,
-                  unlisted == findings.unlistedFaults.end() ? 0 : unlisted->second);
+        PrintFile(known ? files[place].url : "No explicit files information", begin, next);
         begin = next;
     }
     PrintTotals(findings);
@@ -100,28 +98,40 @@ void CSummary::PrintRules(const SFindings& findings) {
     }
 }
 
-void CSummary::PrintFile(const std::string& title, const SFinding* begin, const SFinding* end,
-                         long unlisted) {
-    const auto listed = static_cast<std::size_t>(end - begin);
-    const std::size_t shown = m_style.showAll ? listed : std::min(listed, kShownPerFile);
+void CSummary::PrintFile(const std::string& title, const SFinding* begin, const SFinding* end) {
+    const auto total = static_cast<std::size_t>(end - begin);
+    const std::size_t shown = Shown(total);
     m_out << '\n' << Bold(Printable(title)) << '\n';
     std::for_each(begin, begin + shown, [this](const SFinding& finding) { PrintFinding(finding); });
-    const std::size_t total = listed + static_cast<std::size_t>(unlisted);
     if (shown < total) {
-        m_out << fmt::format("  {} of {} shown{}\n", shown, total,
-                             m_style.showAll ? "; the database keeps the first schema faults of a "
-                                               "file in detail and counts the others"
-                                             : "; --all shows every finding");
+        m_out << fmt::format("  {} of {} shown; --all shows every finding\n", shown, total);
     }
 }
 
+std::size_t CSummary::Shown(std::size_t total) const {
+    return m_style.showAll ? total : std::min(total, kShownPerFile);
+}
+
 void CSummary::PrintFinding(const SFinding& finding) {
-    std::string where =
+    const std::string rule =
         finding.ruleId == kSchemaRuleId ? "schema" : fmt::format("rule {}", finding.ruleId);
-    if (finding.line > 0) {
-        where = fmt::format("line {}", finding.line);
+    m_out << fmt::format("  {} {:<8} {}\n", Label(finding.severity), rule, OneLine(finding.text));
+    if (finding.violations == nullptr) {
+        return;
     }
-    m_out << fmt::format("  {} {:<10} {}\n", Label(finding.severity), where, OneLine(finding.text));
+    const std::vector<Nax::FrontEnd::XMLDB::SXmlIssue>& issues = finding.violations->issues;
+    const std::size_t shown = Shown(issues.size());
+    for (std::size_t index = 0; index < shown; ++index) {
+        const std::string where =
+            issues[index].line > 0 ? fmt::format("line {}: ", issues[index].line) : "";
+        m_out << fmt::format("           {}{}\n", where, OneLine(issues[index].reason));
+    }
+    const auto total = static_cast<std::size_t>(finding.violations->total);
+    if (shown < total) {
+        m_out << fmt::format(
+            "           {} of {} shown{}\n", shown, total,
+            shown < issues.size() ? "; --all shows more" : "; the others are only counted");
+    }
 }
 
 void CSummary::PrintPageCounts(const SPageCounts& counts) {
@@ -151,6 +161,10 @@ void CSummary::PrintTotals(const SFindings& findings) {
     m_out << fmt::format("{}, {}, {}.\n", Plural(errors, "error", "errors"),
                          Plural(warnings, "warning", "warnings"),
                          Plural(notes, "info finding", "info findings"));
+    if (findings.AnyRaised()) {
+        m_out << "Violations of the schema and rules that could not run are shown as warnings, and "
+                 "count as errors for the exit code.\n";
+    }
 }
 
 } // namespace LandscapeValidator

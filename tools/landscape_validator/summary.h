@@ -26,8 +26,8 @@ public:
 
 private:
     void PrintRules(const SFindings& findings);
-    void PrintFile(const std::string& title, const SFinding* begin, const SFinding* end,
-                   long unlisted);
+    void PrintFile(const std::string& title, const SFinding* begin, const SFinding* end);
+    std::size_t Shown(std::size_t total) const;
     void PrintFinding(const SFinding& finding);
     void PrintTotals(const SFindings& findings);
     std::string Label(Severity severity) const;

@@ -194,18 +194,10 @@ private:
         if (m_options.openPage && !OpenInBrowser(m_report->GetPagePath())) {
             Fail("no program could be started that opens '" + m_report->GetPagePath() + "'");
         }
-        return m_complete ? ExitCodeOf(findings) : ExitCode::Failure;
-    }
-
-    ExitCode ExitCodeOf(const SFindings& findings) const {
-        if (m_options.failOn != Severity::None) {
-            for (int severity = 0; severity <= static_cast<int>(m_options.failOn); ++severity) {
-                if (findings.Count(static_cast<Severity>(severity)) > 0) {
-                    return ExitCode::Findings;
-                }
-            }
+        if (!m_complete) {
+            return ExitCode::Failure;
         }
-        return ExitCode::Clean;
+        return findings.Reach(m_options.failOn) ? ExitCode::Findings : ExitCode::Clean;
     }
 
     bool FailDatabase(const std::string& message) {
