@@ -16,5 +16,5 @@ clang-format --dry-run --Werror "${sources[@]}"
 [ -f build/dev/compile_commands.json ] || cmake --preset dev >/dev/null
 mapfile -t units < <(git ls-files 'src/*.cpp' 'tools/*.cpp' 'bench/*.cpp')
 printf '%s\0' "${units[@]}" |
-  xargs -0 -P "$(nproc)" -n 4 clang-tidy -p build/dev --quiet --warnings-as-errors='*' 2>/dev/null
+  xargs -0 -P "$(nproc)" -n 1 clang-tidy -p build/dev --quiet --warnings-as-errors='*' 2>/dev/null
 echo "format and clang-tidy: ${#sources[@]} files formatted, ${#units[@]} units clean"

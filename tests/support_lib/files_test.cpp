@@ -107,7 +107,7 @@ TEST(Paths, JoinAndCreate) {
 }
 
 TEST(Times, LocalTimeFollowsTheZone) {
-    const CEnvironmentValue zone("TZ", "XXX-05:30");
+    const CEnvironmentValue zone("TZ", "NAX-05:30");
     ::tzset();
     const std::time_t before = std::time(nullptr);
     std::tm local = LocalTimeNow();
