@@ -5,8 +5,10 @@
 
 #include "rules/export_rule.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <functional>
+#include <iterator>
 #include <map>
 #include <utility>
 
@@ -47,6 +49,22 @@ bool CountResults(CDBProcessor& processor, const std::string& statement, SCounts
     return true;
 }
 
+/// The statuses as the page calls them, worst first as in its list.
+constexpr std::pair<const char*, const char*> kStatusLabels[] = {
+    {"Failed", "Error"}, {"Warning", "Warning"}, {"Info", "Info"}, {"Success", "Success"}};
+
+std::size_t RankOf(const std::string& status) {
+    const auto* const known = std::find_if(
+        std::begin(kStatusLabels), std::end(kStatusLabels),
+        [&status](const std::pair<const char*, const char*>& row) { return status == row.first; });
+    return static_cast<std::size_t>(std::distance(std::begin(kStatusLabels), known));
+}
+
+std::string LabelOf(const std::string& status) {
+    const std::size_t rank = RankOf(status);
+    return rank < std::size(kStatusLabels) ? kStatusLabels[rank].second : status;
+}
+
 /// Appends a table of the statement's rows: status, name and what `count` says of them.
 bool AppendTable(
     CDBProcessor& processor, const std::string& statement, const char* caption,
@@ -57,16 +75,21 @@ bool AppendTable(
     if (!processor.DB_ExecuteQuery(sql.c_str(), rows)) {
         return false;
     }
+    std::vector<std::pair<std::string, std::string>> found;
+    while (rows->MoveNext()) {
+        found.emplace_back(rows->GetString(0).GetString(), rows->GetString(1).GetString());
+    }
+    std::stable_sort(found.begin(), found.end(), [](const auto& left, const auto& right) {
+        return RankOf(left.first) < RankOf(right.first);
+    });
     html.append("<table>\n<caption>").append(caption).append("</caption>\n<thead><tr>");
     for (const char* title : {"Status", "Name", "Results"}) {
         html.append("<th scope=\"col\">").append(title).append("</th>");
     }
     html.append("</tr></thead>\n<tbody>\n");
     const TextProcessor& texts = processor.getTextProcessorRef();
-    while (rows->MoveNext()) {
-        const std::string status = rows->GetString(0).GetString();
-        const std::string name = rows->GetString(1).GetString();
-        html.append("<tr><td>").append(texts.EscapeXml(status));
+    for (const auto& [status, name] : found) {
+        html.append("<tr><td>").append(texts.EscapeXml(LabelOf(status)));
         html.append("</td><td>").append(texts.EscapeXml(name));
         html.append("</td><td>").append(std::to_string(count(status, name)));
         html.append("</td></tr>\n");
@@ -81,9 +104,16 @@ bool AppendResult(CDBProcessor& processor, const std::string& statement, std::st
     if (!processor.DB_ExecuteQuery(sql.c_str(), rows) || !rows->MoveNext()) {
         return false;
     }
-    html.append("<p>Result: <strong>")
-        .append(processor.getTextProcessorRef().EscapeXml(rows->GetString(0).GetString()))
-        .append("</strong></p>\n");
+    const std::string result = rows->GetString(0).GetString();
+    // The classes by which the style sheet colours the page with scripts, too.
+    const std::map<std::string, std::string> classes = {{"ERROR", "result-error"},
+                                                        {"SUCCESS", "result-success"}};
+    const auto known = classes.find(result);
+    html.append("<div class=\"")
+        .append(known == classes.end() ? "result-unknown" : known->second)
+        .append("\"><p>Result: <strong>")
+        .append(processor.getTextProcessorRef().EscapeXml(result))
+        .append("</strong></p></div>\n");
     return true;
 }
 

@@ -73,15 +73,71 @@ test("hostile texts survive search and a reopened address", async () => {
   }
 });
 
-test("a text of a million characters is shown to its end", async () => {
-  const long = "<img src=x onerror=alert(1)> ".repeat(36000) + "the end";
-  const rows = rowsFor(["short"]);
-  rows.RulesDependingOnFile[0].Result = long;
-  await withReport(writeData(rows), {}, async (page, seen) => {
-    assert.equal((await page.locator(".finding-text").textContent()).length, long.length);
-    assert.ok(await page.locator(".finding-text").evaluate((element) => element.offsetHeight < 500));
-    assert.deepEqual(seen.alerts.concat(seen.errors), []);
-  });
+// Presses the control below `place` until it is gone; gives how often.
+async function showAll(page, place) {
+  const button = page.locator(`${place} ~ .more .more-text`);
+  let clicks = 0;
+  for (; await button.isVisible(); ++clicks) {
+    await button.focus();
+    await page.keyboard.press(clicks % 2 === 0 ? "Enter" : "Space");
+  }
+  return clicks;
+}
+
+const LONG_TEXTS = [
+  { name: "a million characters", text: "<img src=x onerror=alert(1)> ".repeat(36000) + "the end", rule: "short" },
+  { name: "pairs of code units at every end", text: "a" + "\u{1F600}".repeat(15000), rule: "short" },
+  { name: "schema issues", rule: SCHEMA_RULE, text: schemaFinding("a.xml", Array.from({ length: 100 }, (_, line) => (
+    { reason: "R".repeat(300), source: "<Service>".repeat(30), line }))) },
+];
+
+test("a long text is shown part by part, to its end", async () => {
+  for (const { name, text, rule } of LONG_TEXTS) {
+    const rows = rowsFor(["short"]);
+    Object.assign(rows.RulesDependingOnFile[0], { Result: text, Name: rule });
+    await withReport(writeData(rows), {}, async (page, seen) => {
+      const shown = async () => (await page.locator(".finding-text").textContent()).length;
+      assert.ok(await shown() <= 4001, `${name}: ${await shown()}`);
+      assert.match(await page.locator(".finding .more").textContent(), /^4,00[01] of [\d,]+ characters Show more$/, name);
+      await page.getByLabel("Search findings:").fill("short");
+      await page.waitForFunction(() => location.hash.includes("search=short"));
+      assert.ok(await shown() <= 4001, name);
+      const clicks = await showAll(page, ".finding-text");
+      assert.equal(clicks, Math.ceil((Number((await page.locator(".finding .more span").textContent())
+        .replace(/ of .*|,/g, "")) - 4001) / 20000), name);
+      if (rule === SCHEMA_RULE) {
+        assert.equal(await page.locator(".finding-text p").count(), 101, name);
+        assert.equal((await textsOf(page, ".finding-text strong")).filter((part) => part.startsWith("Issue # ")).length, 100, name);
+      } else {
+        assert.equal(await page.locator(".finding-text").textContent(), text, name);
+      }
+      assert.ok(await page.locator(".finding-text").evaluate((element) => element.offsetHeight < 500
+        && element === document.activeElement), name);
+      assert.deepEqual(seen.alerts.concat(seen.errors), [], name);
+    });
+  }
+});
+
+test("long names are cut in rows and titles and whole in the details", async () => {
+  for (const length of [600, 30000]) {
+    const name = "n".repeat(length - 4) + "-end";
+    await withReport(writeData(rowsFor([name])), {}, async (page, seen) => {
+      for (const place of ["#rows .name-cell bdi", ".section-name bdi"]) {
+        assert.equal(await page.locator(place).textContent(), "n".repeat(500) + "\u2026", place);
+        assert.equal(await page.locator(place).getAttribute("title"), length < 4000 ? name : null, place);
+      }
+      assert.match(await page.locator(".solution").textContent(), /n\u2026$/);
+      for (const place of [".detail h2", ".solution ~ .whole-name", ".section-body > .whole-name:first-child", ".finding-text:not(.whole-name)"]) {
+        const text = page.locator(place);
+        assert.ok((await text.textContent()).length <= 4000, place);
+        while (length > 4000 && await text.locator("xpath=following-sibling::*[1]//button").isVisible()) {
+          await text.locator("xpath=following-sibling::*[1]//button").click();
+        }
+        assert.equal(await text.textContent(), name, place);
+      }
+      assert.deepEqual(seen.alerts.concat(seen.errors), []);
+    });
+  }
 });
 
 test("rows of unexpected shape do not stop the page", async () => {
@@ -118,11 +174,13 @@ const SCHEMA_CASES = [
     text: schemaFinding("a.xml", [{ reason: "R", source: "\n<strong>Line:</strong> 1\n</p><p>\n<strong>Issue # 7</strong>: z", line: 4 }]),
     strong: ["File used for validation: ", "Issue # 1", "Source:", "Line:"], red: [], paragraphs: 2,
     shows: ["<strong>Issue # 7</strong>: z"] },
-  { name: "another shape", text: "<p>one <strong>two</strong> <span style=\"color: red; \">three</span></p>four</strong><strong class=x>",
-    strong: ["two"], red: ["three"], paragraphs: 2, shows: ["four</strong><strong class=x>"] },
-  { name: "unbalanced tags", text: "<p><strong>one<p><strong>two</span>", strong: ["one<p><strong>two</span>"], red: [], paragraphs: 1 },
-  { name: "no markup", text: "Exception while reading <a.xml>", strong: [], red: [], paragraphs: 1, shows: ["<a.xml>"] },
-  { name: "many tags", text: "<p><strong>".repeat(20000), strong: undefined, red: [], paragraphs: 1 },
+  ...[
+    "<p>one <strong>two</strong> <span style=\"color: red; \">three</span></p>four</strong><strong class=x>",
+    "<p><strong>one<p><strong>two</span>", "Exception while reading <a.xml>", "<p><strong>".repeat(300),
+    "<p><strong>File used for validation: </strong> 'a.xml'</p>",
+    schemaFinding("a.xml", [{ reason: "R", source: "S", line: 1 }]) + "<strong>more</strong>",
+    " " + schemaFinding("a.xml", [{ reason: "R", source: "S", line: 1 }]),
+  ].map((text, number) => ({ name: `another shape ${number}`, text, strong: [], red: [], paragraphs: 0, whole: true })),
 ];
 
 test("schema findings keep the library's formatting and nothing else", async () => {
@@ -131,12 +189,11 @@ test("schema findings keep the library's formatting and nothing else", async () 
   rows.RulesDependingOnFile = SCHEMA_CASES.map(({ name, text }) => (
     { Status: "Warning", Result: text, Name: SCHEMA_RULE, Solution: "", FileName: name }));
   await withReport(writeData(rows), {}, async (page, seen) => {
-    for (const [position, { name, strong, red, paragraphs, shows = [] }] of SCHEMA_CASES.entries()) {
+    for (const [position, { name, text: source, strong, red, paragraphs, whole, shows = [] }] of SCHEMA_CASES.entries()) {
       await page.locator("#rows .row-button").nth(position).click();
       const text = await page.locator(".finding-text").textContent();
-      if (strong !== undefined) {
-        assert.deepEqual(await textsOf(page, ".finding-text strong"), strong, name);
-      }
+      assert.deepEqual(await textsOf(page, ".finding-text strong"), strong, name);
+      assert.ok(!whole || text === source, `${name}: ${text}`);
       assert.deepEqual(await textsOf(page, ".finding-text .notice-red"), red, name);
       assert.equal(await page.locator(".finding-text p").count(), paragraphs, name);
       shows.forEach((part) => assert.ok(text.includes(part), `${name}: ${text}`));

@@ -190,9 +190,16 @@ test("everything can be reached and used from the keyboard", () => open(async (p
   assert.equal(await page.locator(".section-toggle").first().getAttribute("aria-expanded"), "true");
 }));
 
-test("the support archive is offered beside the page", () => open(async (page) => {
+test("the support archive is offered beside the page; asking for a missing one keeps the report", () => open(async (page) => {
   const link = page.getByRole("link", { name: "LandscapeValidation.zip" });
   assert.equal(await link.getAttribute("href"), "LandscapeValidation.zip");
+  assert.equal(await link.getAttribute("rel"), "noopener");
+  assert.ok(await page.getByText("The archive is there once support files have been collected.").isVisible());
+  await page.getByLabel("View filter:").selectOption("rules");
+  const [other] = await Promise.all([page.context().waitForEvent("page"), link.click()]);
+  await other.close();
+  assert.match(page.url(), /ValidationResults\.htm/);
+  assert.equal(await selectedName(page), data.ITEMS);
 }));
 
 test("the template names every placeholder once, data inside quotes", () => {
@@ -244,17 +251,30 @@ test("paper shows what is folded and no controls", () => open(async (page) => {
 }));
 
 test("without JavaScript there is a summary", async () => {
-  const noscript = "<table><tr><td>Error</td><td>Redundant UUIDs</td></tr></table>";
-  const options = { javaScriptEnabled: false, waitFor: ".noscript" };
-  for (const [summary, cells] of [[noscript, 2], ["", 0]]) {
+  const noscript = "<div class=\"result-error\"><p>Result: <strong>ERROR</strong></p></div>\n<table><thead><tr><th>Status</th>"
+    + "<th>Name</th><th>Results</th></tr></thead><tbody><tr><td>Warning</td><td>" + "Redundant".repeat(40)
+    + "</td><td>1000000</td></tr></tbody></table>";
+  const options = { javaScriptEnabled: false, waitFor: ".noscript", viewport: { width: 390, height: 800 } };
+  for (const [summary, cells] of [[noscript, 3], ["", 0]]) {
     const path = writeData(data.smallResults(), { noscript: summary });
     assert.ok(existsSync(join(dirname(path), "NAX-icons.woff")));
     await withReport(path, options, async (page) => {
       assert.equal(await page.locator(".noscript td").count(), cells);
-      assert.match(await page.locator(".noscript p").innerText(), /need JavaScript/);
-      assert.ok(await page.locator(".noscript p").isVisible());
+      assert.match(await page.locator(".noscript p").first().innerText(), /need JavaScript/);
+      assert.ok(await page.locator(".noscript p").first().isVisible());
       assert.ok(await page.locator("#loading").isHidden());
       assert.ok(await page.locator("#report").isHidden());
+      assert.match(await page.locator(".noscript p").first().innerText(), /UILandscape\.db beside this page holds all results/);
+      if (cells > 0) {
+        const lines = (text) => page.locator(".noscript").getByText(text, { exact: true }).evaluate((cell) => {
+          const range = document.createRange();
+          range.selectNodeContents(cell);
+          return range.getClientRects().length;
+        });
+        assert.deepEqual([await lines("Status"), await lines("Warning"), await lines("Results"), await lines("1000000")], [1, 1, 1, 1]);
+        const [red, green] = (await page.locator(".result-error").evaluate((element) => getComputedStyle(element).color)).match(/\d+/g);
+        assert.ok(Number(red) > 2 * Number(green));
+      }
     });
   }
 });

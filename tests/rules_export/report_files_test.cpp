@@ -101,7 +101,7 @@ TEST_F(ReportFilesTest, WritesStampSummaryAndCompanions) {
     const std::string name = TextProcessor().EscapeXml(kHostile);
     for (const std::string& expected :
          {std::string("<p>Result: <strong>ERROR</strong></p>"),
-          "<tr><td>Failed</td><td>" + name + "</td><td>2</td></tr>",
+          "<tr><td>Error</td><td>" + name + "</td><td>2</td></tr>",
           std::string("<tr><td>Success</td><td>quiet</td><td>1</td></tr>"),
           std::string("<tr><td>Success</td><td>good.xml</td><td>0</td></tr>")}) {
         EXPECT_NE(page.find(expected), std::string::npos) << expected;

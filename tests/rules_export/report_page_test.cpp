@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "rules/report_page.h"
 
+#include "export_fixture.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -76,6 +78,29 @@ TEST(ReportPageTest, EscapesForScripts) {
     for (const auto& [text, expected] : cases) {
         EXPECT_EQ(EscapeForScript(text), expected);
     }
+}
+
+using PageSummaryTest = CExportTest;
+
+TEST_F(PageSummaryTest, UsesTheWordsAndTheOrderOfThePage) {
+    const auto processor = NewResults();
+    AddFile(*processor, "1", "a.xml");
+    const char* const codes[] = {"1", "6", "0", "2"};
+    for (const char* const code : codes) {
+        AddRule(*processor, code, std::string("rule ") + code);
+        AddResult(*processor, code, code, "1", "u", "text");
+    }
+    CRulesProcessor rules(processor, _bstr_t());
+    ASSERT_TRUE(rules.PostProcess("", m_output.c_str(), 1, 0, 0, ""));
+    const std::string page = ReadAll(m_output + "/ValidationResults.htm");
+    EXPECT_NE(page.find("<div class=\"result-error\"><p>Result: <strong>ERROR</strong></p></div>"),
+              std::string::npos);
+    EXPECT_NE(page.find("<tr><td>Error</td><td>rule 0</td><td>1</td></tr>\n"
+                        "<tr><td>Warning</td><td>rule 2</td><td>1</td></tr>\n"
+                        "<tr><td>Info</td><td>rule 6</td><td>1</td></tr>\n"
+                        "<tr><td>Success</td><td>rule 1</td><td>1</td></tr>\n"),
+              std::string::npos)
+        << page.substr(page.find("<caption>Rules"), 600);
 }
 
 } // namespace Nax::FrontEnd::XMLDB::Testing
