@@ -32,8 +32,8 @@ struct SRuleCount {
     std::size_t count = 0;
 };
 
-/// All findings of a run, in a total order: by file, schema first, then severity, rule, text. Counts are those of the
-/// report page: a file's schema violations are one finding.
+/// All findings of a run, in a total order: by file, schema first, then severity, rule, text.
+/// Counts are those of the report page: a file's schema violations are one finding.
 struct SFindings {
     std::vector<SFinding> findings;
     std::vector<SRuleCount> rules; ///< those with findings: most severe first, then by id
