@@ -2,9 +2,9 @@
 #include "landscape_loader.h"
 
 #include "element_collector.h"
+#include "printable.h"
 #include "record_text.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <system_error>
 
@@ -27,11 +27,6 @@ bool IsDevice(const std::string& path) {
     std::error_code error;
     const fs::file_status status = fs::status(path, error);
     return fs::exists(status) && !fs::is_regular_file(status) && !fs::is_directory(status);
-}
-
-std::string OneLine(std::string text) {
-    std::replace(text.begin(), text.end(), '\n', ' ');
-    return text;
 }
 
 } // namespace
@@ -88,7 +83,7 @@ void CLandscapeLoader::Skip(const SLandscapeFile& file, ResultCodes code, const 
     outcome.note = note;
     // In the form of a schema check's message, which is the one that readers of results know.
     const std::string message =
-        "<p><strong>File used for validation: </strong> '" + OneLine(file.url) +
+        "<p><strong>File used for validation: </strong> '" + Printable(file.url) +
         "'\nValidation against XSD scheme: failed!\n\nReason: " + note +
         "\nSource: \nLine: 0\n</p><p>\n<strong>Issue # 1</strong>: " + note +
         "\n<strong>Source:</strong> \n<strong>Line:</strong> 0\n</p>";
