@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "options.h"
+#include "command_line.h"
 #include "platform/host.h"
-#include "validate_command.h"
 
 #include <exception>
 #include <iostream>
@@ -16,9 +15,8 @@ int main(int argc, char** argv) {
     ExitCode exitCode = ExitCode::Failure;
     try {
         const std::vector<std::string> arguments(argv + 1, argv + argc);
-        const auto options = ParseCommandLine(arguments, std::cout, std::cerr, exitCode);
-        if (options) {
-            exitCode = RunValidate(*options, std::cout, std::cerr);
+        if (const Command command = ParseCommandLine(arguments, std::cout, std::cerr, exitCode)) {
+            exitCode = command(std::cout, std::cerr);
         }
     } catch (const std::exception& exception) {
         std::cerr << "landscape-validator: " << exception.what() << '\n';

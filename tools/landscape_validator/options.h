@@ -1,17 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "exit_codes.h"
 #include "severity.h"
 
-#include <optional>
-#include <ostream>
 #include <string>
 #include <vector>
 
 namespace LandscapeValidator {
 
-/// What the command line asks for.
+/// What a validation is asked to do.
 struct SOptions {
     std::vector<std::string> files;
     std::string outputFolder = "landscape-report";
@@ -22,10 +19,5 @@ struct SOptions {
     bool writeJson = false;
     bool openPage = false;
 };
-
-/// Reads the command line. Without a value the program ends with `exitCode`: help or version have
-/// been written to `out`, or what is wrong to `err`.
-std::optional<SOptions> ParseCommandLine(const std::vector<std::string>& arguments,
-                                         std::ostream& out, std::ostream& err, ExitCode& exitCode);
 
 } // namespace LandscapeValidator

@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "command_line.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace LandscapeValidator {
+
+namespace {
+
+constexpr std::array<std::string_view, 1> kCommands = {"validate"};
+constexpr std::array<std::string_view, 4> kOwnOptions = {"-h", "--help", "-V", "--version"};
+
+constexpr char kFooter[] = R"(
+A file or an option as the first word means "validate".
+
+Exit codes:
+  0  nothing at or above the threshold
+  1  findings at or above the threshold (--fail-on)
+  2  the job could not be done, or not for every FILE
+
+Examples:
+  landscape-validator landscape.xml
+  landscape-validator validate -o report --fail-on warning central.xml local.xml
+
+"landscape-validator COMMAND --help" tells more of each command.
+)";
+
+template <class List>
+bool Contains(const List& list, std::string_view word) {
+    return std::find(list.begin(), list.end(), word) != list.end();
+}
+
+/// The words for CLI11, and those behind "--". Validating is the default command.
+struct SWords {
+    explicit SWords(const std::vector<std::string>& arguments) {
+        const auto end = std::find(arguments.begin(), arguments.end(), "--");
+        words.assign(arguments.begin(), end);
+        if (end != arguments.end()) {
+            files.assign(end + 1, arguments.end());
+        }
+        if (words.empty() ||
+            (!Contains(kCommands, words.front()) && !Contains(kOwnOptions, words.front()))) {
+            words.insert(words.begin(), "validate");
+        }
+        std::reverse(words.begin(), words.end());
+    }
+
+    std::vector<std::string> words; ///< last one first, as CLI11 takes them
+    std::vector<std::string> files;
+};
+
+/// The options of the command that most people want, for the program's own help.
+std::string OptionsOf(const CLI::App& command) {
+    const CLI::Formatter formatter;
+    return "Command \"" + command.get_name() + "\":" +
+           formatter.make_groups(&command, CLI::AppFormatMode::Normal);
+}
+
+} // namespace
+
+CLI::Option* Repeatable(CLI::Option* option) {
+    return option->allow_extra_args(false)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
+Command ParseCommandLine(const std::vector<std::string>& arguments, std::ostream& out,
+                         std::ostream& err, ExitCode& exitCode) {
+    Command chosen;
+    const SWords words(arguments);
+    CLI::App app("Finds every fault in landscape XML files and explains it.",
+                 "landscape-validator");
+    app.set_version_flag("-V,--version", "landscape-validator " LANDSCAPE_VALIDATOR_VERSION);
+    app.require_subcommand(1);
+    AddValidateCommand(app, words.files, chosen);
+    app.footer([&app] { return OptionsOf(*app.get_subcommand("validate")) + kFooter; });
+    try {
+        std::vector<std::string> remaining = words.words;
+        app.parse(remaining);
+        return chosen;
+    } catch (const CLI::ParseError& error) {
+        const bool asked = app.exit(error, out, err) == 0;
+        exitCode = asked ? ExitCode::Clean : ExitCode::Failure;
+        return {};
+    }
+}
+
+} // namespace LandscapeValidator

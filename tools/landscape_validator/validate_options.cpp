@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "command_line.h"
+#include "options.h"
+#include "validate_command.h"
+
+#include <CLI/CLI.hpp>
+
+#include <map>
+#include <memory>
+
+namespace LandscapeValidator {
+
+namespace {
+
+constexpr char kFooter[] = R"(
+Exit codes:
+  0  nothing at or above the threshold
+  1  findings at or above the threshold (--fail-on)
+  2  the job could not be done, or not for every FILE
+
+Examples:
+  landscape-validator landscape.xml
+  landscape-validator -o report --fail-on warning central.xml local.xml
+)";
+
+constexpr int kMaxBackups = 1000000;
+
+const std::map<std::string, Severity> kThresholds = {{"error", Severity::Error},
+                                                     {"warning", Severity::Warning},
+                                                     {"info", Severity::Info},
+                                                     {"never", Severity::None}};
+
+/// The options as words still, where the parser has no type for them.
+struct SValidateWords {
+    SOptions options;
+    std::string failOn = "error";
+};
+
+void AddOutputOptions(CLI::App& command, SValidateWords& words) {
+    SOptions& options = words.options;
+    command
+        .add_option("-o,--output", options.outputFolder,
+                    "Folder for the database and the report (made when missing)")
+        ->option_text("DIR [landscape-report]");
+    command
+        .add_option("--keep-backups", options.keepBackups,
+                    "How many earlier databases and summaries stay in DIR")
+        ->option_text("N [5]")
+        ->check(CLI::Range(0, kMaxBackups).description(""));
+    command.add_flag("--json", options.writeJson, "Also write the page's data as JSON files");
+    command.add_flag("--open", options.openPage, "Open the report page in the browser");
+    command.add_flag("--all", options.showAll, "Print every finding, not the first of each file");
+}
+
+void AddThresholdOptions(CLI::App& command, SValidateWords& words) {
+    command
+        .add_option("--fail-on", words.failOn,
+                    "Lowest severity that ends the run with 1: error, warning, info, never")
+        ->option_text("LEVEL [error]")
+        ->check(CLI::IsMember({"error", "warning", "info", "never"}).description(""));
+}
+
+void AddEnvironmentOptions(CLI::App& command, SValidateWords& words) {
+    command
+        .add_option("--config-dir", words.options.configFolder,
+                    "Folder that holds naxfewxmldb/registry.ini, instead of the user's")
+        ->option_text("DIR");
+}
+
+} // namespace
+
+void AddValidateCommand(CLI::App& app, const std::vector<std::string>& filesBehindDashes,
+                        Command& chosen) {
+    CLI::App& command = *app.add_subcommand("validate", "Validate landscape files (the default)");
+    command.set_version_flag("-V,--version", "landscape-validator " LANDSCAPE_VALIDATOR_VERSION);
+    command.footer(kFooter);
+    // Lives as long as the callback, which outlives this function.
+    const auto words = std::make_shared<SValidateWords>();
+    command.add_option("FILE", words->options.files, "Landscape XML files to validate");
+    AddOutputOptions(command, *words);
+    AddThresholdOptions(command, *words);
+    AddEnvironmentOptions(command, *words);
+    command.callback([words, filesBehindDashes, &chosen] {
+        SOptions options = words->options;
+        options.files.insert(options.files.end(), filesBehindDashes.begin(),
+                             filesBehindDashes.end());
+        if (options.files.empty()) {
+            throw CLI::RequiredError("FILE");
+        }
+        options.failOn = kThresholds.at(words->failOn);
+        chosen = [options](std::ostream& out, std::ostream& err) {
+            return RunValidate(options, out, err);
+        };
+    });
+}
+
+} // namespace LandscapeValidator
