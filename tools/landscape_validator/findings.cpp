@@ -19,11 +19,16 @@ constexpr char kSchemaRuleName[] = "Validation against XSD";
 
 // Schema findings stand there too, one a file, but not their faults one by one.
 constexpr char kRuleFindings[] =
-    "SELECT RuleId, Name, ResultId, ResultDescription, file_id FROM ValidationResults "
+    "SELECT RuleId, Name, ResultId, ResultDescription, file_id, UUID, pk FROM ValidationResults "
     "WHERE ResultId NOT IN ('1', '4') AND CAST(RuleId AS INTEGER) >= 0";
 
 int ToNumber(const CStringA& text, int whenEmpty) {
     return text.IsEmpty() ? whenEmpty : static_cast<int>(std::strtol(text, nullptr, 10));
+}
+
+long LineOf(const FindingLines& lines, long number) {
+    const auto found = lines.find(number);
+    return found == lines.end() ? 0 : found->second;
 }
 
 using RuleCounts = std::map<std::pair<Severity, int>, SRuleCount>;
@@ -43,8 +48,9 @@ void AddSchemaFinding(const SFileOutcome& outcome, int fileIndex, SFindings& all
     if (severity == Severity::None) {
         return;
     }
-    SFinding finding{kSchemaRuleId, severity,     GateSeverityOf(outcome.code),
-                     fileIndex,     outcome.note, nullptr};
+    SFinding finding{
+        kSchemaRuleId, severity, GateSeverityOf(outcome.code), fileIndex, outcome.note, {}, 0,
+        nullptr};
     if (outcome.note.empty()) {
         finding.violations = &outcome.result;
         finding.text = !outcome.result.wellFormed ? "The file cannot be used:"
@@ -74,7 +80,8 @@ bool SFindings::AnyRaised() const {
                        [](const SFinding& f) { return f.gate != f.severity; });
 }
 
-SFindings CollectFindings(CDBProcessor& processor, const std::vector<SFileOutcome>& outcomes) {
+SFindings CollectFindings(CDBProcessor& processor, const std::vector<SFileOutcome>& outcomes,
+                          const FindingLines& lines) {
     SFindings all;
     RuleCounts counts;
     for (std::size_t index = 0; index < outcomes.size(); ++index) {
@@ -89,6 +96,8 @@ SFindings CollectFindings(CDBProcessor& processor, const std::vector<SFileOutcom
                                    GateSeverityOf(code),
                                    ToNumber(rows->GetString(4), -1),
                                    rows->GetString(3).GetString(),
+                                   rows->GetString(5).GetString(),
+                                   LineOf(lines, rows->GetInt(6)),
                                    nullptr};
             Add(finding, rows->GetString(1).GetString(), all, counts);
         }
@@ -96,7 +105,7 @@ SFindings CollectFindings(CDBProcessor& processor, const std::vector<SFileOutcom
     const auto order = [](const SFinding& finding) {
         // What is wrong with the file itself comes first.
         return std::tuple(finding.fileIndex, finding.ruleId != kSchemaRuleId, finding.severity,
-                          finding.ruleId, std::string_view(finding.text));
+                          finding.ruleId, std::string_view(finding.text), finding.line);
     };
     std::sort(all.findings.begin(), all.findings.end(),
               [&order](const SFinding& left, const SFinding& right) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "finding_positions.h"
 #include "landscape_loader.h"
 #include "severity.h"
 
@@ -20,6 +21,8 @@ struct SFinding {
     Severity gate = Severity::Error;     ///< as it counts for the exit code
     int fileIndex = -1;
     std::string text;
+    std::string uuid; ///< of the entry that the finding is about; may be empty
+    long line = 0;    ///< where that entry begins; 0 when unknown
     /// The violations that a schema finding sums up; null for rules and for files not read.
     const Nax::FrontEnd::XMLDB::SXmlValidationResult* violations = nullptr;
 };
@@ -32,7 +35,8 @@ struct SRuleCount {
     std::size_t count = 0;
 };
 
-/// All findings of a run, in a total order: by file, schema first, then severity, rule, text.
+/// All findings of a run, in a total order: by file, schema first, then severity, rule, text,
+/// line.
 /// Counts are those of the report page: a file's schema violations are one finding.
 struct SFindings {
     std::vector<SFinding> findings;
@@ -48,6 +52,6 @@ struct SFindings {
 /// Reads the rules' findings from the database and joins the schema check's outcomes, which must
 /// outlive them.
 SFindings CollectFindings(Nax::FrontEnd::XMLDB::CDBProcessor& processor,
-                          const std::vector<SFileOutcome>& outcomes);
+                          const std::vector<SFileOutcome>& outcomes, const FindingLines& lines);
 
 } // namespace LandscapeValidator

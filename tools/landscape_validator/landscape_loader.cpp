@@ -116,6 +116,7 @@ bool CLandscapeLoader::AddRecords(const CRecordBuffer& records, const std::strin
         if (table.operation) {
             added =
                 Process(*table.operation, MakeRecordText(table, record.values, fileIndex)) && added;
+            m_positions.Add(record.table, record.line);
             ++m_entryCount;
         } else {
             m_remainingRows.push_back(MakeInsert(table, record.values, fileIndex));

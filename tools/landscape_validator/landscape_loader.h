@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "element_positions.h"
 #include "file_list.h"
 #include "landscape_tables.h"
 
@@ -38,6 +39,8 @@ public:
     const std::vector<SFileOutcome>& GetOutcomes() const { return m_outcomes; }
     const Nax::FrontEnd::XMLDB::SchemaFindings& GetFindings() const { return m_findings; }
     std::size_t GetEntryCount() const { return m_entryCount; }
+    const CLandscapeTables& GetTables() const { return m_tables; }
+    const CElementPositions& GetPositions() const { return m_positions; }
     /// Why the schema check could not be made; empty when it could.
     const std::string& GetFailure() const { return m_failure; }
 
@@ -54,6 +57,7 @@ private:
     Nax::FrontEnd::XMLDB::CDBProcessor& m_processor;
     CFileList& m_files;
     CLandscapeTables m_tables;
+    CElementPositions m_positions;
     const _bstr_t m_schema;
     std::wstringstream m_stream;
     std::vector<SFileOutcome> m_outcomes;

@@ -43,6 +43,10 @@ std::string Shortened(const std::string& text) {
     return text.substr(0, end) + "…";
 }
 
+std::string Where(long line) {
+    return line > 0 ? fmt::format("line {}: ", line) : std::string();
+}
+
 /// A text without its line ends: a run-time error is a block.
 std::string OneLine(const std::string& text) {
     std::string line = text;
@@ -115,16 +119,16 @@ std::size_t CSummary::Shown(std::size_t total) const {
 void CSummary::PrintFinding(const SFinding& finding) {
     const std::string rule =
         finding.ruleId == kSchemaRuleId ? "schema" : fmt::format("rule {}", finding.ruleId);
-    m_out << fmt::format("  {} {:<8} {}\n", Label(finding.severity), rule, OneLine(finding.text));
+    m_out << fmt::format("  {} {:<8} {}{}\n", Label(finding.severity), rule, Where(finding.line),
+                         OneLine(finding.text));
     if (finding.violations == nullptr) {
         return;
     }
     const std::vector<Nax::FrontEnd::XMLDB::SXmlIssue>& issues = finding.violations->issues;
     const std::size_t shown = Shown(issues.size());
     for (std::size_t index = 0; index < shown; ++index) {
-        const std::string where =
-            issues[index].line > 0 ? fmt::format("line {}: ", issues[index].line) : "";
-        m_out << fmt::format("           {}{}\n", where, OneLine(issues[index].reason));
+        m_out << fmt::format("           {}{}\n", Where(issues[index].line),
+                             OneLine(issues[index].reason));
     }
     const auto total = static_cast<std::size_t>(finding.violations->total);
     if (shown < total) {

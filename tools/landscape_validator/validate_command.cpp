@@ -68,7 +68,7 @@ public:
         WriteReport();
         // Read after the report, which moves failed results without an entry to "no file": summary
         // and page tell the same.
-        const SFindings findings = CollectFindings(*m_processor, m_loader->GetOutcomes());
+        const SFindings findings = CollectFindings(*m_processor, m_loader->GetOutcomes(), m_lines);
         RemoveOldBackups(m_options.outputFolder, m_options.keepBackups);
         RemoveOldSummaries(m_options.outputFolder, m_options.keepBackups + 1);
         return PrintSummary(findings);
@@ -162,6 +162,7 @@ private:
             const CRuleIndexes indexes(*m_processor);
             done = m_rules->Execute() && done;
             m_rules->PreProcess(m_loader->GetFindings());
+            m_lines = LocateFindings(*m_processor, m_loader->GetTables(), m_loader->GetPositions());
         }
         ShowProgress({});
         return done || FailDatabase("the rules cannot be run");
@@ -222,6 +223,7 @@ private:
     std::unique_ptr<CLandscapeLoader> m_loader;
     std::unique_ptr<CRulesProcessor> m_rules;
     std::unique_ptr<CReport> m_report;
+    FindingLines m_lines;
 };
 
 } // namespace

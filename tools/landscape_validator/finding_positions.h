@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "element_positions.h"
+#include "landscape_tables.h"
+
+#include <map>
+
+namespace LandscapeValidator {
+
+/// Lines of findings by their number (`pk`) in the results; findings about no entry are not there.
+using FindingLines = std::map<long, long>;
+
+/// Finds the entry that each finding of a rule is about, and its line.
+///
+/// Results name an entry by file and uuid, which several entries may share. Of a built-in rule it
+/// is known which table it looks at and which values its message quotes; of any other rule the
+/// first table behind FROM is taken for the one it looks at, and the other tables are tried after
+/// it. Equal findings are given to equal entries in turn. To be called while indexes on the ids are
+/// there and before columns of the results are dropped.
+FindingLines LocateFindings(Nax::FrontEnd::XMLDB::CDBProcessor& processor,
+                            const CLandscapeTables& tables, const CElementPositions& positions);
+
+} // namespace LandscapeValidator
