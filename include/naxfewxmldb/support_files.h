@@ -45,7 +45,7 @@ struct SSupportFile {
     std::string source;     ///< where it was looked for
     std::string problem;    ///< why it is not in the archive; empty when it is
     bool found = true;      ///< false when there is nothing of that name, which is often so
-    std::uint64_t size = 0; ///< in bytes
+    std::uint64_t size = 0; ///< in bytes; 0 for the registry's answers in a list
 };
 
 struct SSupportReport {

@@ -27,6 +27,14 @@ std::string Quoted(const std::string& path) {
     return path.find(' ') == std::string::npos ? path : '"' + path + '"';
 }
 
+SPlannedFile PlanRegistryFile() {
+    SPlannedFile planned;
+    planned.folder = kRegistryFolder;
+    planned.name = kRegistryFile;
+    planned.source = "the registry, " + std::to_string(kRegistryQueries.size()) + " queries";
+    return planned;
+}
+
 } // namespace
 
 CSupportCollector::CSupportCollector(const SSupportRequest& request, DWORD queryLimit)
@@ -68,6 +76,7 @@ SSupportReport CSupportCollector::List() {
         }
         AddToReport(planned, check);
     }
+    AddToReport(PlanRegistryFile(), {});
     return std::move(m_report);
 }
 
@@ -161,17 +170,13 @@ void CSupportCollector::RunQueries() {
     if (!IsOurs(kRegistryFolder)) {
         return;
     }
-    SPlannedFile planned;
-    planned.folder = kRegistryFolder;
-    planned.name = kRegistryFile;
-    planned.source = "registry";
     const std::string output = InFolder(std::string(kRegistryFolder) + '/' + kRegistryFile);
     for (const char* query : kRegistryQueries) {
         if (!IsCancelled()) {
             RunQuery(query, output);
         }
     }
-    AddToReport(planned, CheckRegularFile(output, LinkRule::Refuse));
+    AddToReport(PlanRegistryFile(), CheckRegularFile(output, LinkRule::Refuse));
 }
 
 void CSupportCollector::RunQuery(const std::string& query, const std::string& output) {

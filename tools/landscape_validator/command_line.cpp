@@ -11,7 +11,7 @@ namespace LandscapeValidator {
 
 namespace {
 
-constexpr std::array<std::string_view, 1> kCommands = {"validate"};
+constexpr std::array<std::string_view, 2> kCommands = {"validate", "collect"};
 constexpr std::array<std::string_view, 4> kOwnOptions = {"-h", "--help", "-V", "--version"};
 
 constexpr char kFooter[] = R"(
@@ -56,8 +56,8 @@ struct SWords {
 /// The options of the command that most people want, for the program's own help.
 std::string OptionsOf(const CLI::App& command) {
     const CLI::Formatter formatter;
-    return "Command \"" + command.get_name() + "\":" +
-           formatter.make_groups(&command, CLI::AppFormatMode::Normal);
+    return "Command \"" + command.get_name() +
+           "\":" + formatter.make_groups(&command, CLI::AppFormatMode::Normal);
 }
 
 } // namespace
@@ -75,6 +75,7 @@ Command ParseCommandLine(const std::vector<std::string>& arguments, std::ostream
     app.set_version_flag("-V,--version", "landscape-validator " LANDSCAPE_VALIDATOR_VERSION);
     app.require_subcommand(1);
     AddValidateCommand(app, words.files, chosen);
+    AddCollectCommand(app, words.files, chosen);
     app.footer([&app] { return OptionsOf(*app.get_subcommand("validate")) + kFooter; });
     try {
         std::vector<std::string> remaining = words.words;
