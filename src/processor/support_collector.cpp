@@ -180,13 +180,9 @@ void CSupportCollector::RunQueries() {
 }
 
 void CSupportCollector::RunQuery(const std::string& query, const std::string& output) {
-    const auto warn = [&](const std::string& reason) {
-        m_report.warnings.push_back(query.substr(3, query.size() - 6) + ": " + reason);
-        NAX_TRACE_ERROR(kClass, "%s\n", m_report.warnings.back().c_str());
-    };
     const std::unique_ptr<IShellProcess> process = StartShellCommand("cmd", query + Quoted(output));
     if (process == nullptr) {
-        warn(SystemMessage(::GetLastError()));
+        WarnOfQuery(query, SystemMessage(::GetLastError()));
         return;
     }
     // In steps, so that a cancelled collection does not wait to the end.
@@ -197,10 +193,17 @@ void CSupportCollector::RunQuery(const std::string& query, const std::string& ou
             return;
         }
         if (waited >= m_queryLimit) {
-            warn("no answer within " + std::to_string(m_queryLimit) + " milliseconds");
+            WarnOfQuery(query,
+                        "no answer within " + std::to_string(m_queryLimit) + " milliseconds");
             return;
         }
     }
+}
+
+void CSupportCollector::WarnOfQuery(const std::string& query, const std::string& reason) {
+    // As people type it: without the interpreter's option and the redirection.
+    m_report.warnings.push_back(query.substr(3, query.size() - 6) + ": " + reason);
+    NAX_TRACE_ERROR(kClass, "%s\n", m_report.warnings.back().c_str());
 }
 
 void CSupportCollector::WriteZip() {

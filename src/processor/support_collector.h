@@ -30,6 +30,7 @@ private:
     void CopyFile(const SPlannedFile& planned);
     void RunQueries();
     void RunQuery(const std::string& query, const std::string& output);
+    void WarnOfQuery(const std::string& query, const std::string& reason);
     void WriteZip();
     void RemoveOldArchives();
     void RemoveWorkingFolders();

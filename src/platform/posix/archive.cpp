@@ -89,7 +89,7 @@ std::string Write(const std::string& path, const std::vector<SArchiveEntry>& ent
     if (archive == nullptr) {
         zip_error_t error;
         ::zip_error_init_with_code(&error, code);
-        const std::string text = ::zip_error_strerror(&error);
+        std::string text = ::zip_error_strerror(&error);
         ::zip_error_fini(&error);
         return text;
     }

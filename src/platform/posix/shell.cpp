@@ -31,7 +31,7 @@ public:
     bool Wait(DWORD /*milliseconds*/) override { return true; }
 };
 
-class CChildProcess : public IShellProcess {
+class CChildProcess final : public IShellProcess {
 public:
     explicit CChildProcess(pid_t child) : m_child(child) {}
     CChildProcess(const CChildProcess&) = delete;
