@@ -38,6 +38,15 @@ SSupportRequest RequestFor(const std::string& folder) {
     return request;
 }
 
+/// The database must be in the archive when there is one.
+bool IsDatabaseLeftOut(const SSupportFile& file) {
+    return file.name.starts_with("Database/") && file.found && !file.problem.empty();
+}
+
+std::string WhyLeftOut(const SSupportFile& file) {
+    return fmt::format("cannot collect '{}': {}", file.source, file.problem);
+}
+
 /// One collection, step by step; each step is told on `err` when it fails.
 class CCollectRun {
 public:
@@ -131,12 +140,10 @@ private:
             m_err << kName << Printable(warning) << '\n';
         }
         for (const SSupportFile& file : report.files) {
-            // The database must be in when there is one, and a FILE that was named.
-            const bool isDatabase = file.name.starts_with("Database/") && file.found;
             const bool isNamed =
                 !m_options.files.empty() && file.name.starts_with("Landscape_files/");
-            if (!file.problem.empty() && (isDatabase || isNamed)) {
-                Fail(fmt::format("cannot collect '{}': {}", file.source, file.problem));
+            if (IsDatabaseLeftOut(file) || (isNamed && !file.problem.empty())) {
+                Fail(WhyLeftOut(file));
             }
         }
         TellWhereRelativeNamesAreLookedFor(report);
@@ -204,7 +211,14 @@ bool CollectAfterRun(const std::string& outputFolder, const CFileList& files, st
         return false;
     }
     PrintSupportArchive(report, out);
-    return true;
+    bool complete = true;
+    for (const SSupportFile& file : report.files) {
+        if (IsDatabaseLeftOut(file)) {
+            err << kName << Printable(WhyLeftOut(file)) << '\n';
+            complete = false;
+        }
+    }
+    return complete;
 }
 
 } // namespace LandscapeValidator

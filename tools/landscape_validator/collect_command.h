@@ -23,7 +23,8 @@ struct SCollectOptions {
 ExitCode RunCollect(const SCollectOptions& options, std::ostream& out, std::ostream& err);
 
 /// Makes the support archive of a run that has just ended; the run holds the folder's lock and has
-/// no transaction open. False, and told on `err`, when there is none.
+/// no transaction open. False, and told on `err`, when there is none or the
+/// database is not in it.
 bool CollectAfterRun(const std::string& outputFolder, const CFileList& files, std::ostream& out,
                      std::ostream& err);
 

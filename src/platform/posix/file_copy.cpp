@@ -93,10 +93,6 @@ bool CopyTo(int source, const char* target, bool failIfExists) {
     return done;
 }
 
-} // namespace
-
-namespace {
-
 /// Opens a regular file without waiting for what is none; -1 with the reason in `check`.
 int OpenRegularFile(const std::string& path, LinkRule links, SFileCheck& check) {
     const int noFollow = links == LinkRule::Refuse ? O_NOFOLLOW : 0;
