@@ -18,11 +18,13 @@ struct SIndex {
 };
 
 constexpr std::array kForRules = {
-    SIndex{"RuleRun_Services_uuid", "Services", "uuid"},
-    SIndex{"RuleRun_Items_uuid", "Items", "uuid"},
-    // With the file the rule on services referenced twice needs no look at the table.
+    // With the file, many rules need no look at the table, which is wide.
+    SIndex{"RuleRun_Services_uuid", "Services", "uuid, file_id"},
+    SIndex{"RuleRun_Items_uuid", "Items", "uuid, file_id"},
     SIndex{"RuleRun_Items_serviceid", "Items", "serviceid, file_id"},
     SIndex{"RuleRun_Files_uri", "Files", "uri"},
+    // Each rule counts and then completes its own findings, whose texts make the table large.
+    SIndex{"RuleRun_Results_rule", "ValidationResults", "RuleId"},
 };
 
 constexpr std::array kForLookUps = {

@@ -5,9 +5,10 @@
 
 namespace LandscapeValidator {
 
-/// Indexes for the time of a rule run: on the ids that the rules compare, and on the names by which
-/// schema findings look for their files. The rules ask the same tables dozens of times for the same
-/// ids; with an index the database answers from that instead of building a list for each question.
+/// Indexes for the time of a rule run: on the ids that the rules compare, on the names by which
+/// schema findings look for their files, and on the rule that a finding belongs to. The rules ask
+/// the same tables dozens of times for the same ids; with an index the database answers from that
+/// instead of building a list for each question.
 ///
 /// While the rules run only the two tables that hold nearly all entries have indexes. One on the
 /// small tables as well would lead the planner, which knows no sizes, to build the list of all
