@@ -132,6 +132,8 @@ protected:
     std::string ErrorMessageWin32(unsigned long code) const;
 
 private:
+    friend class CRecordLoader;
+
     bool Dispatch(DBOperations operation, const std::string& text);
     bool AddElementRecord(DBOperations operation, const char* text);
 
@@ -156,6 +158,10 @@ private:
     bool DropAllViews();
     bool DB_Commit();
     bool RunQueue(std::string& failedSql);
+    /// Opens the transaction of the commit early and runs what is queued.
+    bool BeginDirectLoad();
+    /// Reports a statement of the direct load like any other, and keeps it for the commit.
+    void FailDirectLoad(const std::string& sql);
     /// Runs a queued statement, bound where it is a plain insert; the same to any observer.
     bool DB_ExecuteQuery(const std::string& sql, IBoundInsertRunner* boundInserts);
     bool RecreateTable(const char* dropSql, const char* createSql, const char* deleteSql);
@@ -174,6 +180,8 @@ private:
     std::shared_ptr<CXmlXsdValidator> m_validator;
     std::map<std::string, std::string> m_insertPrefixes;
     CStatementQueue m_pendingQueries;
+    bool m_directLoad = false;
+    std::string m_failedRecord; ///< the statement that failed in a direct load
     /// Guards m_lastDBError, and keeps a failing statement and the reading of its message
     /// together; shared by copies because they share the connection.
     std::shared_ptr<std::recursive_mutex> m_errorMutex;

@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "database/record_insert.h"
+
+#include <memory>
+#include <string>
 #include <string_view>
 
 namespace Nax::FrontEnd::XMLDB {
 
-/// What the commit of a queue needs of a connection beyond IDatabase.
+/// What the loading of records needs of a connection beyond IDatabase.
 class IBoundInsertRunner {
 public:
     virtual ~IBoundInsertRunner() = default;
@@ -17,6 +21,8 @@ public:
     virtual bool ExecuteBoundInsert(std::string_view sql) = 0;
     /// Lets go of the prepared statements, which would keep the connection from closing.
     virtual void ReleaseBoundInserts() = 0;
+    /// Null when `sql`, an INSERT with one parameter a column, cannot be prepared.
+    virtual std::unique_ptr<IRecordInsert> PrepareRecordInsert(const std::string& sql) = 0;
 };
 
 } // namespace Nax::FrontEnd::XMLDB

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "database/sqlite_database.h"
 
+#include "database/sqlite_record_insert.h"
 #include "database/sqlite_recordset.h"
 
 #include <naxfewxmldb/regexp.h>
@@ -199,6 +200,10 @@ bool CSQLiteDatabase::ExecuteBoundInsert(std::string_view sql) {
 
 void CSQLiteDatabase::ReleaseBoundInserts() {
     m_boundInserts.Clear();
+}
+
+std::unique_ptr<IRecordInsert> CSQLiteDatabase::PrepareRecordInsert(const std::string& sql) {
+    return IsConnected() ? CSQLiteRecordInsert::Prepare(m_connection, sql) : nullptr;
 }
 
 } // namespace Nax::FrontEnd::XMLDB

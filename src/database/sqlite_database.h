@@ -54,6 +54,7 @@ public:
 
     bool ExecuteBoundInsert(std::string_view sql) override;
     void ReleaseBoundInserts() override;
+    std::unique_ptr<IRecordInsert> PrepareRecordInsert(const std::string& sql) override;
 
 private:
     bool Fail(const CStringA& message);

@@ -64,17 +64,18 @@ bool CDBProcessor::DB_Commit() {
         NAX_TRACE(kClass, "DB_Commit: mode: %s\n", DBModeName(m_mode));
         return true;
     }
-    const bool begun = m_database != nullptr && m_database->BeginTransaction();
+    const bool begun = m_directLoad || (m_database != nullptr && m_database->BeginTransaction());
     NAX_TRACE(kClass, "DB_Commit: BeginTransaction: %d\n", static_cast<int>(begun));
     if (!begun) {
         NAX_TRACE_ERROR(kClass, "DB_Commit: BeginTransaction failed\n");
         return false;
     }
-    std::string failedSql;
-    if (!RunQueue(failedSql)) {
+    std::string failedSql = m_failedRecord;
+    if (!failedSql.empty() || !RunQueue(failedSql)) {
         NAX_TRACE_ERROR(kClass, "DB_Commit: failed to execute query: \n%s\n", failedSql.c_str());
         return false;
     }
+    m_directLoad = false;
     const bool committed = m_database->Commit();
     const CStringA cause = committed ? CStringA() : m_database->GetLastError();
     NAX_TRACE(kClass, "DB_Commit: Commit transaction: %d\n", static_cast<int>(committed));
@@ -103,6 +104,25 @@ bool CDBProcessor::RunQueue(std::string& failedSql) {
         boundInserts->ReleaseBoundInserts();
     }
     return done;
+}
+
+bool CDBProcessor::BeginDirectLoad() {
+    if (m_mode != Transactional || m_directLoad || m_database == nullptr ||
+        !m_database->BeginTransaction()) {
+        return false;
+    }
+    m_directLoad = true;
+    if (RunQueue(m_failedRecord)) {
+        m_pendingQueries.Clear();
+    }
+    return true;
+}
+
+void CDBProcessor::FailDirectLoad(const std::string& sql) {
+    const bool failed = Error(kExecuteError, "Failed execute query : " + sql);
+    NAX_TRACE_ERROR_AS(kClass, "DB_ExecuteQuery", "DB_ExecuteQuery: '%s', result: %d\n",
+                       sql.c_str(), static_cast<int>(failed));
+    m_failedRecord = sql;
 }
 
 bool CDBProcessor::DB_Post_Update() {

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "element_collector.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
 namespace LandscapeValidator {
 
 using namespace Nax::FrontEnd::XMLDB;
@@ -28,8 +32,12 @@ std::optional<std::string> FindAttribute(std::span<const SXmlAttribute> attribut
 
 } // namespace
 
-CElementCollector::CElementCollector(const CLandscapeTables& tables)
-    : m_tables(tables), m_serviceTable(tables.Find(kService)) {}
+CElementCollector::CElementCollector(const CLandscapeTables& tables,
+                                     CRecordBuffer::TakeBlock takeBlock)
+    : m_tables(tables),
+      m_serviceTable(tables.Find(kService)),
+      m_records(std::move(takeBlock)),
+      m_lastColumns(tables.GetCount()) {}
 
 void CElementCollector::StartElement(std::string_view name, Attributes attributes, long line) {
     if (name == kService && m_serviceTable != CLandscapeTables::kNone) {
@@ -84,45 +92,77 @@ void CElementCollector::CloseMemo() {
         return;
     }
     if (const std::size_t table = m_tables.Find(kMemo); table != CLandscapeTables::kNone) {
-        const std::vector<SColumn>& columns = m_tables[table].columns;
-        m_values.assign(columns.size(), std::nullopt);
-        for (std::size_t column = 0; column < columns.size(); ++column) {
-            if (columns[column].content == ColumnContent::Text) {
-                m_values[column] = *m_strayMemo;
-            }
+        m_values.clear();
+        if (const std::size_t column = FindTextColumn(table); column != CLandscapeTables::kNone) {
+            m_values.push_back({column, *m_strayMemo});
         }
-        m_records.Append(table, m_strayMemoLine, m_values);
+        m_records.Append(table, m_tables[table].columns.size(), m_strayMemoLine, m_values);
     }
     m_strayMemo.reset();
 }
 
-void CElementCollector::ReadValues(const STable& table, Attributes attributes) {
-    m_values.assign(table.columns.size(), std::nullopt);
-    for (std::size_t column = 0; column < table.columns.size(); ++column) {
-        if (table.columns[column].emptyWhenAbsent) {
-            m_values[column] = std::string_view();
+std::size_t CElementCollector::FindTextColumn(std::size_t table) const {
+    const std::vector<SColumn>& columns = m_tables[table].columns;
+    const auto found = std::find_if(columns.begin(), columns.end(), [](const SColumn& column) {
+        return column.content == ColumnContent::Text;
+    });
+    return found == columns.end() ? CLandscapeTables::kNone
+                                  : static_cast<std::size_t>(found - columns.begin());
+}
+
+std::size_t CElementCollector::FindColumn(std::size_t table, std::size_t place,
+                                          std::string_view attribute) {
+    // Entries of a kind mostly have the same attributes in the same order.
+    std::vector<std::size_t>& last = m_lastColumns[table];
+    if (place >= last.size()) {
+        last.resize(place + 1, CLandscapeTables::kNone);
+    }
+    const STable& description = m_tables[table];
+    if (last[place] == CLandscapeTables::kNone ||
+        description.columns[last[place]].attribute != attribute) {
+        const auto known = description.attributes.find(attribute);
+        if (known == description.attributes.end()) {
+            return CLandscapeTables::kNone;
+        }
+        last[place] = known->second;
+    }
+    return last[place];
+}
+
+void CElementCollector::ReadValues(std::size_t table, Attributes attributes) {
+    m_values.clear();
+    for (std::size_t place = 0; place < attributes.size(); ++place) {
+        const std::size_t column = FindColumn(table, place, attributes[place].name);
+        if (column != CLandscapeTables::kNone) {
+            m_values.push_back({column, attributes[place].value});
+        }
+    }
+    AddPresets(m_tables[table]);
+}
+
+void CElementCollector::AddPresets(const STable& table) {
+    const std::size_t given = m_values.size();
+    for (const std::size_t column : table.presets) {
+        const auto end = m_values.begin() + static_cast<std::ptrdiff_t>(given);
+        if (std::any_of(m_values.begin(), end, [column](const CRecordBuffer::SValue& value) {
+                return value.column == column;
+            })) {
+            continue;
         }
         // An item outside of everything has an empty parent, a node has none: the two rules on
         // parents look for just that.
-        if (table.columns[column].content == ColumnContent::ParentUuid) {
-            if (!m_parents.empty()) {
-                m_values[column] = m_parents.back();
-            } else if (table.name == kItem) {
-                m_values[column] = std::string_view();
-            }
-        }
-    }
-    for (const SXmlAttribute& attribute : attributes) {
-        const auto known = table.attributes.find(attribute.name);
-        if (known != table.attributes.end()) {
-            m_values[known->second] = attribute.value;
+        const bool isParent = table.columns[column].content == ColumnContent::ParentUuid;
+        if (isParent && !m_parents.empty()) {
+            m_values.push_back({column, m_parents.back()});
+        } else if (table.columns[column].emptyWhenAbsent || table.name == kItem) {
+            m_values.push_back({column, std::string_view("")});
         }
     }
 }
 
 void CElementCollector::AddEntry(std::size_t table, Attributes attributes, long line) {
-    ReadValues(m_tables[table], attributes);
-    m_records.Append(table, line, m_values);
+    ReadValues(table, attributes);
+    m_records.Append(table, m_tables[table].columns.size(), line, m_values);
 }
 
 void CElementCollector::AddInclude(Attributes attributes, long line) {
@@ -134,28 +174,18 @@ void CElementCollector::AddInclude(Attributes attributes, long line) {
 }
 
 void CElementCollector::OpenService(Attributes attributes, long line) {
-    ReadValues(m_tables[m_serviceTable], attributes);
-    SOpenService service;
-    service.line = line;
-    service.values = m_values;
-    service.texts.reserve(m_values.size());
-    for (auto& value : service.values) {
-        if (value && !value->empty()) {
-            value = service.texts.emplace_back(*value);
-        }
-    }
-    m_services.push_back(std::move(service));
+    ReadValues(m_serviceTable, attributes);
+    CRecordBuffer::Pack(m_services.emplace_back().record, m_serviceTable,
+                        m_tables[m_serviceTable].columns.size(), line, m_values);
 }
 
 void CElementCollector::CloseService() {
     SOpenService& service = m_services.back();
-    const std::vector<SColumn>& columns = m_tables[m_serviceTable].columns;
-    for (std::size_t column = 0; column < columns.size(); ++column) {
-        if (columns[column].content == ColumnContent::Text && service.memo) {
-            service.values[column] = *service.memo;
-        }
+    const std::size_t text = FindTextColumn(m_serviceTable);
+    if (service.memo && text != CLandscapeTables::kNone) {
+        CRecordBuffer::AddValue(service.record, {text, *service.memo});
     }
-    m_records.Append(m_serviceTable, service.line, service.values);
+    m_records.Append(service.record);
     m_services.pop_back();
 }
 

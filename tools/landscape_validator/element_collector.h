@@ -24,7 +24,9 @@ struct SInclude {
 /// ones are kept. Items and nodes get the uuid of the node or workspace around them.
 class CElementCollector : public Nax::FrontEnd::XMLDB::IXmlElementSink {
 public:
-    explicit CElementCollector(const CLandscapeTables& tables);
+    /// With `takeBlock` full blocks of records are handed on instead of kept.
+    explicit CElementCollector(const CLandscapeTables& tables,
+                               CRecordBuffer::TakeBlock takeBlock = {});
 
     void StartElement(std::string_view name,
                       std::span<const Nax::FrontEnd::XMLDB::SXmlAttribute> attributes,
@@ -33,6 +35,8 @@ public:
     void Characters(std::string_view text) override;
 
     const CRecordBuffer& GetRecords() const { return m_records; }
+    /// Hands on the records that wait for their block to be full.
+    void Flush() { m_records.Flush(); }
     const std::vector<SInclude>& GetIncludes() const { return m_includes; }
 
 private:
@@ -40,10 +44,8 @@ private:
 
     /// A service waits for its end, because its memo stands inside it.
     struct SOpenService {
-        CRecordBuffer::Values values;
-        std::vector<std::string> texts; ///< what `values` points to
+        std::string record; ///< packed
         std::optional<std::string> memo;
-        long line = 0;
     };
 
     void AddEntry(std::size_t table, Attributes attributes, long line);
@@ -52,13 +54,18 @@ private:
     void CloseService();
     void OpenMemo(long line);
     void CloseMemo();
-    void ReadValues(const STable& table, Attributes attributes);
+    void ReadValues(std::size_t table, Attributes attributes);
+    void AddPresets(const STable& table);
+    std::size_t FindColumn(std::size_t table, std::size_t place, std::string_view attribute);
+    std::size_t FindTextColumn(std::size_t table) const;
 
     const CLandscapeTables& m_tables;
     const std::size_t m_serviceTable;
     CRecordBuffer m_records;
     std::vector<SInclude> m_includes;
-    CRecordBuffer::Values m_values;
+    std::vector<CRecordBuffer::SValue> m_values;
+    /// By table and place of the attribute: the column that it had in the entry before.
+    std::vector<std::vector<std::size_t>> m_lastColumns;
     std::vector<std::string> m_parents; ///< uuids of the open workspaces and nodes
     std::vector<SOpenService> m_services;
     int m_openMemos = 0;

@@ -19,6 +19,22 @@ public:
         m_lines[table].push_back(static_cast<std::uint32_t>(line));
     }
 
+    /// How many rows each table has, for CutTo.
+    std::vector<std::size_t> GetSizes() const {
+        std::vector<std::size_t> sizes;
+        for (const auto& lines : m_lines) {
+            sizes.push_back(lines.size());
+        }
+        return sizes;
+    }
+
+    /// Forgets the rows that were added since.
+    void CutTo(const std::vector<std::size_t>& sizes) {
+        for (std::size_t table = 0; table < m_lines.size(); ++table) {
+            m_lines[table].resize(table < sizes.size() ? sizes[table] : 0);
+        }
+    }
+
     /// 0 when there is no such row.
     long LineOf(std::size_t table, long row) const {
         const auto place = static_cast<std::size_t>(row - 1);

@@ -59,11 +59,11 @@ constexpr std::array kKnownRules = {
     SKnownRule{28, "uuid", "uuid, name", ""},
     SKnownRule{29, "uuid", "uuid, parent_id", ""},
     SKnownRule{31, "uuid", "",
-               "shortcut = '1' AND link <> '' AND link NOT IN (SELECT uuid FROM Services WHERE "
-               "uuid <> '')"},
+               "shortcut = '1' AND link <> '' AND NOT EXISTS (SELECT 1 FROM Services AS target "
+               "WHERE target.uuid = Services.link)"},
     SKnownRule{32, "uuid", "",
-               "shortcut = '0' AND link <> '' AND link NOT IN (SELECT uuid FROM Services WHERE "
-               "uuid <> '')"},
+               "shortcut = '0' AND link <> '' AND NOT EXISTS (SELECT 1 FROM Services AS target "
+               "WHERE target.uuid = Services.link)"},
 };
 
 constexpr char kFindings[] =

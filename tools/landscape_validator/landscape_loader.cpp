@@ -32,32 +32,69 @@ bool IsDevice(const std::string& path) {
 } // namespace
 
 CLandscapeLoader::CLandscapeLoader(CDBProcessor& processor, CFileList& files)
-    : m_processor(processor), m_files(files), m_tables(processor), m_schema(processor.GetXsd()) {}
+    : m_processor(processor),
+      m_files(files),
+      m_tables(processor),
+      m_schema(processor.GetXsd()),
+      m_recordLoader(processor) {}
 
 bool CLandscapeLoader::Load(const Progress& progress) {
-    bool loaded = AddFileRow(kNoFileIndex, kNoFileUrl, std::nullopt, std::nullopt);
+    if (!m_recordLoader.Begin()) {
+        return LoadFiles(progress);
+    }
+    m_writer = std::make_unique<CRecordWriter>(m_recordLoader, m_tables, m_positions);
+    const bool loaded = LoadFiles(progress);
+    m_writer->Finish();
+    m_entryCount = m_writer->GetEntryCount();
+    m_writer.reset();
+    m_recordLoader.End();
+    return loaded;
+}
+
+bool CLandscapeLoader::LoadFiles(const Progress& progress) {
+    bool loaded = BeginFile(kNoFileIndex, kNoFileUrl, std::nullopt, std::nullopt);
+    if (m_writer != nullptr) {
+        m_writer->EndFile(true);
+    }
     // The list grows while it is walked.
     for (std::size_t index = 0; index < m_files.GetCount(); ++index) {
         const SLandscapeFile& file = m_files[index];
         progress(file, m_files.GetCount());
-        loaded = AddFileRow(file.index, file.url, file.description, file.name) && loaded;
+        loaded = BeginFile(file.index, file.url, file.description, file.name) && loaded;
         m_outcomes.emplace_back();
-        if (file.path.empty()) {
-            Skip(file, ValidationInfo,
-                 "The included file was not followed: only local files are read.");
-        } else if (!file.includedBy.empty() && IsDevice(file.path)) {
-            Skip(file, ValidationAgainstXSDFailed,
-                 "The included file cannot be read: it is a device or a pipe, not a file.");
-        } else {
-            loaded = LoadFile(file) && loaded;
-        }
+        loaded = LoadFile(file) && loaded;
     }
     return loaded;
 }
 
 bool CLandscapeLoader::LoadFile(const SLandscapeFile& file) {
+    CElementCollector collector(
+        m_tables, m_writer == nullptr ? CRecordBuffer::TakeBlock() : [this](std::string&& block) {
+            m_writer->Add(std::move(block));
+        });
+    const bool keep = TakeFile(file, collector);
+    if (m_writer == nullptr) {
+        return m_failure.empty() &&
+               (!keep || AddRecords(collector.GetRecords(), std::to_string(file.index)));
+    }
+    collector.Flush();
+    m_writer->EndFile(keep);
+    return m_failure.empty();
+}
+
+/// Whether the file's entries count.
+bool CLandscapeLoader::TakeFile(const SLandscapeFile& file, CElementCollector& collector) {
+    if (file.path.empty()) {
+        Skip(file, ValidationInfo,
+             "The included file was not followed: only local files are read.");
+        return false;
+    }
+    if (!file.includedBy.empty() && IsDevice(file.path)) {
+        Skip(file, ValidationAgainstXSDFailed,
+             "The included file cannot be read: it is a device or a pipe, not a file.");
+        return false;
+    }
     SFileOutcome& outcome = m_outcomes.back();
-    CElementCollector collector(m_tables);
     _bstr_t message;
     const bool valid = m_processor.GetValidator()->Validate(
         true, file.url.c_str(), file.path.c_str(), m_schema, message, collector, outcome.result);
@@ -69,12 +106,12 @@ bool CLandscapeLoader::LoadFile(const SLandscapeFile& file) {
     outcome.code = valid ? ValidationAgainstXSDPassed : ValidationAgainstXSDFailed;
     m_findings[_bstr_t(file.url.c_str())] = {message, outcome.code};
     if (!outcome.result.wellFormed) {
-        return true;
+        return false;
     }
     for (const SInclude& include : collector.GetIncludes()) {
         m_files.AddInclude(file, include);
     }
-    return AddRecords(collector.GetRecords(), std::to_string(file.index));
+    return true;
 }
 
 void CLandscapeLoader::Skip(const SLandscapeFile& file, ResultCodes code, const std::string& note) {
@@ -90,23 +127,34 @@ void CLandscapeLoader::Skip(const SLandscapeFile& file, ResultCodes code, const 
     m_findings[_bstr_t(file.url.c_str())] = {_bstr_t(message.c_str()), code};
 }
 
-bool CLandscapeLoader::AddFileRow(int index, const std::string& url,
-                                  const std::optional<std::string>& description,
-                                  const std::optional<std::string>& name) {
-    const STable& table = m_tables[m_tables.Find("Include")];
+bool CLandscapeLoader::BeginFile(int index, const std::string& url,
+                                 const std::optional<std::string>& description,
+                                 const std::optional<std::string>& name) {
+    const std::size_t place = m_tables.Find("Include");
+    const STable& table = m_tables[place];
     const std::string indexText = std::to_string(index);
-    CRecordBuffer::Values values(table.columns.size());
+    std::vector<CRecordBuffer::SValue> values;
     const auto set = [&](const char* attribute, const std::optional<std::string_view>& value) {
-        const auto place = table.attributes.find(attribute);
-        if (place != table.attributes.end()) {
-            values[place->second] = value;
+        const auto column = table.attributes.find(attribute);
+        if (column != table.attributes.end() && value) {
+            values.push_back({column->second, *value});
         }
     };
     set("url", url);
     set("index", indexText);
     set("description", description);
     set("name", name);
-    return Process(AddServerConfigurationFile, MakeRecordText(table, values, indexText));
+    if (m_writer != nullptr) {
+        std::string row;
+        CRecordBuffer::Pack(row, place, table.columns.size(), 0, values);
+        m_writer->BeginFile(index, std::move(row));
+        return true;
+    }
+    CRecordBuffer::Values byColumn(table.columns.size());
+    for (const CRecordBuffer::SValue& value : values) {
+        byColumn[value.column] = value.text;
+    }
+    return Process(AddServerConfigurationFile, MakeRecordText(table, byColumn, indexText));
 }
 
 bool CLandscapeLoader::AddRecords(const CRecordBuffer& records, const std::string& fileIndex) {

@@ -4,10 +4,12 @@
 #include "element_positions.h"
 #include "file_list.h"
 #include "landscape_tables.h"
+#include "record_writer.h"
 
 #include <naxfewxmldb/naxfewxmldb.h>
 
 #include <functional>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -23,6 +25,10 @@ struct SFileOutcome {
 
 /// Reads a run's files into the database, validating each in the same pass. Follows include
 /// entries as they are found. One use.
+///
+/// Entries are inserted while their file is read, and taken back when it is not well-formed. Where
+/// the processor does not offer that, as when the trace names every record, a file's entries are
+/// kept to its end and then queued one by one.
 class CLandscapeLoader {
 public:
     using Progress = std::function<void(const SLandscapeFile&, std::size_t knownFiles)>;
@@ -45,12 +51,13 @@ public:
     const std::string& GetFailure() const { return m_failure; }
 
 private:
+    bool LoadFiles(const Progress& progress);
     bool LoadFile(const SLandscapeFile& file);
+    bool TakeFile(const SLandscapeFile& file, CElementCollector& collector);
     void Skip(const SLandscapeFile& file, Nax::FrontEnd::XMLDB::ResultCodes code,
               const std::string& note);
-    bool AddFileRow(int index, const std::string& url,
-                    const std::optional<std::string>& description,
-                    const std::optional<std::string>& name);
+    bool BeginFile(int index, const std::string& url, const std::optional<std::string>& description,
+                   const std::optional<std::string>& name);
     bool AddRecords(const CRecordBuffer& records, const std::string& fileIndex);
     bool Process(Nax::FrontEnd::XMLDB::DBOperations operation, const std::string& record);
 
@@ -63,6 +70,8 @@ private:
     std::vector<SFileOutcome> m_outcomes;
     Nax::FrontEnd::XMLDB::SchemaFindings m_findings;
     std::vector<std::string> m_remainingRows;
+    Nax::FrontEnd::XMLDB::CRecordLoader m_recordLoader;
+    std::unique_ptr<CRecordWriter> m_writer; ///< null when entries are queued
     std::size_t m_entryCount = 0;
     std::string m_failure;
 };

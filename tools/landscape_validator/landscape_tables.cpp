@@ -115,8 +115,15 @@ CLandscapeTables::CLandscapeTables(const CDBProcessor& processor) {
                 const auto place = places.find(ColumnName(processor, attribute));
                 if (place != places.end()) {
                     table.attributes[attribute] = place->second;
+                    table.columns[place->second].attribute = attribute;
                     table.columns[place->second].emptyWhenAbsent = emptyWhenAbsent;
                 }
+            }
+        }
+        for (std::size_t column = 0; column < table.columns.size(); ++column) {
+            if (table.columns[column].emptyWhenAbsent ||
+                table.columns[column].content == ColumnContent::ParentUuid) {
+                table.presets.push_back(column);
             }
         }
         m_byElement[name] = m_tables.size();

@@ -20,6 +20,7 @@ struct SColumn {
     ColumnContent content = ColumnContent::Attribute;
     /// Required attributes and ids are stored as empty texts when absent, all others as NULL.
     bool emptyWhenAbsent = false;
+    std::string attribute = {}; ///< whose value it holds; empty for none
 };
 
 /// One element's table as the schema generates it.
@@ -30,6 +31,8 @@ struct STable {
     std::vector<SColumn> columns;
     /// Attribute name to its place in `columns`.
     std::map<std::string, std::size_t, std::less<>> attributes;
+    /// Columns that have a value although no attribute gives one.
+    std::vector<std::size_t> presets = {};
 };
 
 /// The tables of all landscape elements, read from the mapped schema of a database processor.
@@ -43,6 +46,7 @@ public:
 
     /// Index of an element's table; kNone for unknown elements and containers.
     std::size_t Find(std::string_view element) const;
+    std::size_t GetCount() const { return m_tables.size(); }
     const STable& operator[](std::size_t index) const { return m_tables[index]; }
 
 private:

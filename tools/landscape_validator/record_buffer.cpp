@@ -8,7 +8,7 @@ namespace LandscapeValidator {
 
 namespace {
 
-constexpr std::size_t kBlockSize = std::size_t{1} << 20;
+constexpr std::size_t kBlockSize = std::size_t{1} << 18;
 
 template <class Plain>
 void AppendPlain(std::string& block, const Plain& plain) {
@@ -25,29 +25,58 @@ Plain TakePlain(const std::string& block, std::size_t& at) {
 
 } // namespace
 
-void CRecordBuffer::Append(std::size_t table, long line, const Values& values) {
-    SHead head{static_cast<std::uint32_t>(table), static_cast<std::uint32_t>(values.size()), 0,
-               static_cast<std::uint32_t>(line)};
-    std::size_t needed = sizeof(head);
-    for (const auto& value : values) {
-        if (value) {
-            ++head.present;
-            needed += sizeof(SValue) + value->size();
-        }
+std::string& CRecordBuffer::MakeRoom(std::size_t needed) {
+    if (!m_blocks.empty() && m_blocks.back().size() + needed > kBlockSize) {
+        Flush();
     }
     if (m_blocks.empty() || m_blocks.back().size() + needed > kBlockSize) {
         m_blocks.emplace_back();
         m_blocks.back().reserve(std::max(needed, kBlockSize));
     }
-    std::string& block = m_blocks.back();
-    AppendPlain(block, head);
-    for (std::size_t column = 0; column < values.size(); ++column) {
-        if (values[column]) {
-            AppendPlain(block, SValue{static_cast<std::uint32_t>(column),
-                                      static_cast<std::uint32_t>(values[column]->size())});
-            block.append(*values[column]);
-        }
+    return m_blocks.back();
+}
+
+void CRecordBuffer::Flush() {
+    if (m_takeBlock && !m_blocks.empty()) {
+        m_takeBlock(std::move(m_blocks.back()));
+        m_blocks.clear();
     }
+}
+
+void CRecordBuffer::Pack(std::string& block, std::size_t table, std::size_t columns, long line,
+                         std::span<const SValue> values) {
+    AppendPlain(block,
+                SHead{static_cast<std::uint32_t>(table), static_cast<std::uint32_t>(columns),
+                      static_cast<std::uint32_t>(values.size()), static_cast<std::uint32_t>(line)});
+    for (const SValue& value : values) {
+        AppendPlain(block, SPackedValue{static_cast<std::uint32_t>(value.column),
+                                        static_cast<std::uint32_t>(value.text.size())});
+        block.append(value.text);
+    }
+}
+
+void CRecordBuffer::AddValue(std::string& block, const SValue& value) {
+    std::size_t at = 0;
+    auto head = TakePlain<SHead>(block, at);
+    ++head.present;
+    std::memcpy(block.data(), &head, sizeof(head));
+    AppendPlain(block, SPackedValue{static_cast<std::uint32_t>(value.column),
+                                    static_cast<std::uint32_t>(value.text.size())});
+    block.append(value.text);
+}
+
+void CRecordBuffer::Append(std::size_t table, std::size_t columns, long line,
+                           std::span<const SValue> values) {
+    std::size_t needed = sizeof(SHead);
+    for (const SValue& value : values) {
+        needed += sizeof(SPackedValue) + value.text.size();
+    }
+    Pack(MakeRoom(needed), table, columns, line, values);
+    ++m_count;
+}
+
+void CRecordBuffer::Append(std::string_view packed) {
+    MakeRoom(packed.size()).append(packed);
     ++m_count;
 }
 
@@ -63,12 +92,27 @@ void CRecordBuffer::ForEach(const std::function<void(const SRecord&)>& visit) co
             const SHead head = TakePlain<SHead>(block, at);
             values.assign(head.columns, std::nullopt);
             for (std::uint32_t present = 0; present < head.present; ++present) {
-                const SValue value = TakePlain<SValue>(block, at);
+                const SPackedValue value = TakePlain<SPackedValue>(block, at);
                 values[value.column] = std::string_view(block).substr(at, value.length);
                 at += value.length;
             }
             visit({head.table, static_cast<long>(head.line), values});
         }
+    }
+}
+
+void CRecordBuffer::ForEachIn(const std::string& block,
+                              const std::function<void(const SPackedRecord&)>& visit) {
+    std::vector<SValue> values;
+    for (std::size_t at = 0; at < block.size();) {
+        const SHead head = TakePlain<SHead>(block, at);
+        values.clear();
+        for (std::uint32_t present = 0; present < head.present; ++present) {
+            const SPackedValue value = TakePlain<SPackedValue>(block, at);
+            values.push_back({value.column, std::string_view(block).substr(at, value.length)});
+            at += value.length;
+        }
+        visit({head.table, static_cast<long>(head.line), values});
     }
 }
 

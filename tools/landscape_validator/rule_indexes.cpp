@@ -2,6 +2,7 @@
 #include "rule_indexes.h"
 
 #include <array>
+#include <span>
 #include <string>
 
 namespace LandscapeValidator {
@@ -10,37 +11,58 @@ using namespace Nax::FrontEnd::XMLDB;
 
 namespace {
 
-struct SIndexedColumn {
+struct SIndex {
+    const char* name;
     const char* table;
-    const char* column;
+    const char* columns;
 };
 
-constexpr std::array kColumns = {
-    SIndexedColumn{"Services", "uuid"},   SIndexedColumn{"Items", "uuid"},
-    SIndexedColumn{"Items", "serviceid"}, SIndexedColumn{"Nodes", "uuid"},
-    SIndexedColumn{"Workspaces", "uuid"}, SIndexedColumn{"Messageservers", "uuid"},
-    SIndexedColumn{"Routers", "uuid"},    SIndexedColumn{"Webdispatchers", "uuid"},
-    SIndexedColumn{"LDAPS", "uuid"},      SIndexedColumn{"Files", "uri"},
+constexpr std::array kForRules = {
+    // With the file, many rules need no look at the table, which is wide.
+    SIndex{"RuleRun_Services_uuid", "Services", "uuid, file_id"},
+    SIndex{"RuleRun_Items_uuid", "Items", "uuid, file_id"},
+    SIndex{"RuleRun_Items_serviceid", "Items", "serviceid, file_id"},
+    SIndex{"RuleRun_Files_uri", "Files", "uri"},
+    // Each rule counts and then completes its own findings, whose texts make the table large.
+    SIndex{"RuleRun_Results_rule", "ValidationResults", "RuleId"},
 };
 
-std::string IndexName(const SIndexedColumn& column) {
-    return std::string("RuleRun_") + column.table + "_" + column.column;
+constexpr std::array kForLookUps = {
+    SIndex{"RuleRun_Nodes_uuid", "Nodes", "uuid"},
+    SIndex{"RuleRun_Workspaces_uuid", "Workspaces", "uuid"},
+    SIndex{"RuleRun_Messageservers_uuid", "Messageservers", "uuid"},
+    SIndex{"RuleRun_Routers_uuid", "Routers", "uuid"},
+    SIndex{"RuleRun_Webdispatchers_uuid", "Webdispatchers", "uuid"},
+    SIndex{"RuleRun_LDAPS_uuid", "LDAPS", "uuid"},
+};
+
+void Create(CDBProcessor& processor, std::span<const SIndex> indexes) {
+    for (const SIndex& index : indexes) {
+        const std::string sql = std::string("CREATE INDEX IF NOT EXISTS ") + index.name + " ON " +
+                                index.table + "(" + index.columns + ")";
+        processor.DB_ExecuteQuery(sql.c_str());
+    }
+}
+
+void Drop(CDBProcessor& processor, std::span<const SIndex> indexes) {
+    for (const SIndex& index : indexes) {
+        processor.DB_ExecuteQuery((std::string("DROP INDEX IF EXISTS ") + index.name).c_str());
+    }
 }
 
 } // namespace
 
 CRuleIndexes::CRuleIndexes(CDBProcessor& processor) : m_processor(processor) {
-    for (const SIndexedColumn& column : kColumns) {
-        const std::string sql = "CREATE INDEX IF NOT EXISTS " + IndexName(column) + " ON " +
-                                column.table + "(" + column.column + ")";
-        m_processor.DB_ExecuteQuery(sql.c_str());
-    }
+    Create(processor, kForRules);
 }
 
 CRuleIndexes::~CRuleIndexes() {
-    for (const SIndexedColumn& column : kColumns) {
-        m_processor.DB_ExecuteQuery(("DROP INDEX IF EXISTS " + IndexName(column)).c_str());
-    }
+    Drop(m_processor, kForRules);
+    Drop(m_processor, kForLookUps);
+}
+
+void CRuleIndexes::AddForLookUps() {
+    Create(m_processor, kForLookUps);
 }
 
 } // namespace LandscapeValidator

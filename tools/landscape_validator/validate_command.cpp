@@ -37,6 +37,7 @@ constexpr const char* kDatabaseSettings[] = {
     "PRAGMA synchronous = OFF",
     "PRAGMA cache_size = -131072",
     "PRAGMA temp_store = MEMORY",
+    "PRAGMA secure_delete = OFF",
 };
 
 /// Why a file of the command line cannot be read; empty when it can.
@@ -169,9 +170,10 @@ private:
         m_rules = std::make_unique<CRulesProcessor>(m_processor, _bstr_t());
         done = m_rules->LoadRules(_bstr_t()) && done;
         {
-            const CRuleIndexes indexes(*m_processor);
+            CRuleIndexes indexes(*m_processor);
             done = m_rules->Execute() && done;
             m_rules->PreProcess(m_loader->GetFindings());
+            indexes.AddForLookUps();
             m_lines = LocateFindings(*m_processor, m_loader->GetTables(), m_loader->GetPositions());
         }
         ShowProgress({});
