@@ -2,7 +2,8 @@
 # Sourced by the other scripts: installs Debian packages that are missing.
 
 build_packages=(g++ cmake ninja-build pkg-config libxml2-dev libxslt1-dev libsqlite3-dev
-                libcli11-dev libfmt-dev xsltproc)
+                libcli11-dev libfmt-dev xsltproc
+                libcurl4-openssl-dev libtomlplusplus-dev)
 test_packages=(libgtest-dev sqlite3)
 check_packages=(clang-format clang-tidy)
 

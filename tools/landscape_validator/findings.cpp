@@ -44,6 +44,17 @@ void Add(const SFinding& finding, const std::string& ruleName, SFindings& all, R
 
 void AddSchemaFinding(const SFileOutcome& outcome, int fileIndex, SFindings& all,
                       RuleCounts& counts) {
+    if (!outcome.remark.empty()) {
+        Add({kSchemaRuleId,
+             Severity::Info,
+             Severity::Info,
+             fileIndex,
+             outcome.remark,
+             {},
+             0,
+             nullptr},
+            kSchemaRuleName, all, counts);
+    }
     const Severity severity = ShownSeverityOf(outcome.code);
     if (severity == Severity::None) {
         return;

@@ -22,11 +22,26 @@ constexpr char kNoFileUrl[] = "No explicit files information";
 constexpr char kMemoRows[] =
     "INSERT INTO Memos (\"\", file_id) SELECT \"\", file_id FROM Services WHERE \"\" IS NOT NULL";
 
-// A landscape may name anything; reading a pipe would wait for ever, a device may never end.
-bool IsDevice(const std::string& path) {
+/// Why an included file is not even opened; empty when it is. A landscape may name anything:
+/// reading a pipe would wait for ever, a device may never end.
+std::string WhyNotOpened(const SLandscapeFile& file) {
+    if (file.includedBy.empty()) {
+        return {};
+    }
     std::error_code error;
-    const fs::file_status status = fs::status(path, error);
-    return fs::exists(status) && !fs::is_regular_file(status) && !fs::is_directory(status);
+    const fs::file_status status = fs::status(file.path, error);
+    if (!fs::exists(status)) {
+        return error ? error.message() : "No such file or directory";
+    }
+    return fs::is_regular_file(status) ? std::string()
+           : fs::is_directory(status)  ? "it is a folder"
+                                       : "it is a device or a pipe, not a file";
+}
+
+/// Where a file that is not read is named: nobody can open the file itself to find out.
+std::string IncludedAt(const SLandscapeFile& file) {
+    return " It is included by '" + file.includedBy + "' in line " +
+           std::to_string(file.includeLine) + ".";
 }
 
 } // namespace
@@ -42,12 +57,14 @@ bool CLandscapeLoader::Load(const Progress& progress) {
         progress(file, m_files.GetCount());
         loaded = AddFileRow(file.index, file.url, file.description, file.name) && loaded;
         m_outcomes.emplace_back();
-        if (file.path.empty()) {
-            Skip(file, ValidationInfo,
-                 "The included file was not followed: only local files are read.");
-        } else if (!file.includedBy.empty() && IsDevice(file.path)) {
+        if (!file.notRead.empty()) {
+            Skip(file, file.fault ? ValidationAgainstXSDFailed : ValidationInfo,
+                 file.notRead + IncludedAt(file));
+        } else if (!file.fetchUrl.empty()) {
+            loaded = LoadRemote(file) && loaded;
+        } else if (const std::string reason = WhyNotOpened(file); !reason.empty()) {
             Skip(file, ValidationAgainstXSDFailed,
-                 "The included file cannot be read: it is a device or a pipe, not a file.");
+                 "The included file cannot be read: " + reason + "." + IncludedAt(file));
         } else {
             loaded = LoadFile(file) && loaded;
         }
@@ -75,6 +92,45 @@ bool CLandscapeLoader::LoadFile(const SLandscapeFile& file) {
         m_files.AddInclude(file, include);
     }
     return AddRecords(collector.GetRecords(), std::to_string(file.index));
+}
+
+bool CLandscapeLoader::LoadRemote(const SLandscapeFile& file) {
+    if (!m_remote) {
+        const SIncludeOptions& options = m_files.GetOptions();
+        m_remote =
+            std::make_unique<CRemoteIncludes>(options, MakeHttpFetcher(options.certificates));
+    }
+    const SFetchedFile fetched = m_remote->Fetch(file.fetchUrl);
+    if (!fetched.failure.empty()) {
+        Skip(file, ValidationAgainstXSDFailed,
+             "The included file cannot be fetched: " + fetched.failure + "." + IncludedAt(file));
+        return true;
+    }
+    const auto index = static_cast<std::size_t>(file.index);
+    if (!m_files.SetFetched(index, fetched.path, fetched.foundUrl, fetched.foundIdentity)) {
+        Skip(file, ValidationInfo,
+             "The server redirects to '" + fetched.foundIdentity +
+                 "', which is another file of this run." + IncludedAt(file));
+        return true;
+    }
+    const bool loaded = LoadFile(file);
+    m_files.ForgetPath(index);
+    AddRemark(file, fetched.remark);
+    return loaded;
+}
+
+void CLandscapeLoader::AddRemark(const SLandscapeFile& file, const std::string& remark) {
+    if (remark.empty()) {
+        return;
+    }
+    m_outcomes.back().remark = remark;
+    SchemaFinding& finding = m_findings[_bstr_t(file.url.c_str())];
+    const std::string message = "<p>" + remark + "\n</p>";
+    if (finding.second == ValidationAgainstXSDPassed) {
+        finding = {_bstr_t(message.c_str()), ValidationInfo};
+    } else {
+        finding.first = _bstr_t((message + static_cast<const char*>(finding.first)).c_str());
+    }
 }
 
 void CLandscapeLoader::Skip(const SLandscapeFile& file, ResultCodes code, const std::string& note) {

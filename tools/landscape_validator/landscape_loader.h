@@ -4,10 +4,12 @@
 #include "element_positions.h"
 #include "file_list.h"
 #include "landscape_tables.h"
+#include "remote_includes.h"
 
 #include <naxfewxmldb/naxfewxmldb.h>
 
 #include <functional>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -18,7 +20,8 @@ namespace LandscapeValidator {
 struct SFileOutcome {
     Nax::FrontEnd::XMLDB::ResultCodes code = Nax::FrontEnd::XMLDB::ValidationAgainstXSDPassed;
     Nax::FrontEnd::XMLDB::SXmlValidationResult result;
-    std::string note; ///< why the file was not read, when it was not looked for
+    std::string note;   ///< why the file was not read, when it was not looked for
+    std::string remark; ///< an information beside all else, such as that a cached copy was read
 };
 
 /// Reads a run's files into the database, validating each in the same pass. Follows include
@@ -46,6 +49,8 @@ public:
 
 private:
     bool LoadFile(const SLandscapeFile& file);
+    bool LoadRemote(const SLandscapeFile& file);
+    void AddRemark(const SLandscapeFile& file, const std::string& remark);
     void Skip(const SLandscapeFile& file, Nax::FrontEnd::XMLDB::ResultCodes code,
               const std::string& note);
     bool AddFileRow(int index, const std::string& url,
@@ -60,6 +65,7 @@ private:
     CElementPositions m_positions;
     const _bstr_t m_schema;
     std::wstringstream m_stream;
+    std::unique_ptr<CRemoteIncludes> m_remote; ///< made for the first file that is fetched
     std::vector<SFileOutcome> m_outcomes;
     Nax::FrontEnd::XMLDB::SchemaFindings m_findings;
     std::vector<std::string> m_remainingRows;

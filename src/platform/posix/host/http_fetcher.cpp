@@ -51,7 +51,7 @@ void AddHeader(List& headers, const std::string& name, const std::string& value)
 std::string HeaderOf(CURL* handle, const char* name) {
     curl_header* header = nullptr;
     return curl_easy_header(handle, name, 0, CURLH_HEADER, -1, &header) == CURLHE_OK ? header->value
-                                                                                   : "";
+                                                                                     : "";
 }
 
 /// Failures of trust, of our own set-up, and of size: trying again would not help.
