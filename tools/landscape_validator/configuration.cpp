@@ -21,6 +21,7 @@ namespace LandscapeValidator {
 namespace {
 
 constexpr char kPrefix[] = "LANDSCAPE_VALIDATOR_";
+constexpr char kGroup[] = "Configuration";
 constexpr char kListSeparator = ';';
 // They choose the configuration, so that a file cannot hold them.
 constexpr std::array<std::string_view, 3> kOwnKeys = {"config", "no-config", "show-config"};
@@ -59,10 +60,15 @@ void CConfiguration::AddOptions(CLI::App& command, SConfigurationOptions& option
             .add_option("--config", options.file,
                         "Configuration file, instead of a landscape-validator.toml found in the "
                         "working folder or above it")
+            ->group(kGroup)
             ->option_text("FILE");
-    command.add_flag("--no-config", options.none, "Use no configuration file")->excludes(file);
-    command.add_flag("--show-config", options.show,
-                     "Print the value of every option and where it comes from, and end");
+    command.add_flag("--no-config", options.none, "Use no configuration file")
+        ->group(kGroup)
+        ->excludes(file);
+    command
+        .add_flag("--show-config", options.show,
+                  "Print the value of every option and where it comes from, and end")
+        ->group(kGroup);
 }
 
 CConfiguration::CConfiguration(CLI::App& command) : m_command(command) {

@@ -52,15 +52,17 @@ bool IsSharedByAll(const fs::path& folder) {
 } // namespace
 
 SConfigurationFile ReadConfigurationFile(const std::string& path) {
+    const std::string what = "cannot read the configuration file '" + path + "': ";
+    std::error_code ignored;
+    if (fs::is_directory(path, ignored)) {
+        throw CConfigurationError(what + "it is a folder");
+    }
     errno = 0;
     std::ifstream in(path, std::ios::binary);
-    const std::string content(std::istreambuf_iterator<char>(in), {});
-    std::error_code ignored;
-    if (!in || in.bad() || fs::is_directory(path, ignored)) {
-        throw CConfigurationError(fmt::format(
-            "cannot read the configuration file '{}': {}", path,
-            errno != 0 ? std::generic_category().message(errno) : "it is a folder or damaged"));
+    if (!in) {
+        throw CConfigurationError(what + std::generic_category().message(errno));
     }
+    const std::string content(std::istreambuf_iterator<char>(in), {});
     SConfigurationFile file;
     file.path = path;
     try {

@@ -24,6 +24,11 @@ Exit codes:
 Examples:
   landscape-validator landscape.xml
   landscape-validator -o report --fail-on warning central.xml local.xml
+  landscape-validator --remote-includes conf/
+  curl -s https://host.example/landscape.xml | landscape-validator -
+
+What every option is called in a file or in the environment: --show-config; the environment has
+LANDSCAPE_VALIDATOR_ before the name, such as LANDSCAPE_VALIDATOR_FAIL_ON=warning.
 )";
 
 constexpr int kMaxBackups = 1000000;

@@ -38,7 +38,11 @@ bool Set(CURLU* url, CURLUPart part, const char* text, unsigned flags = 0) {
 
 } // namespace
 
-std::optional<SUrl> ParseUrl(const std::string& text, const std::string& base, DotSegments dots) {
+std::optional<SUrl> ParseUrl(const std::string& reference, const std::string& base,
+                             DotSegments dots) {
+    // Nothing but a fragment is the base itself, which the URL library does not know.
+    const std::string withoutFragment = reference.substr(0, reference.find('#'));
+    const std::string& text = withoutFragment.empty() ? base : withoutFragment;
     const unsigned flags = CURLU_NON_SUPPORT_SCHEME | CURLU_URLENCODE |
                            (dots == DotSegments::Keep ? CURLU_PATH_AS_IS : 0U);
     const UrlHandle url(curl_url());
@@ -54,7 +58,7 @@ std::optional<SUrl> ParseUrl(const std::string& text, const std::string& base, D
     if (host.empty() || parsed.scheme.empty() || !Set(url.get(), CURLUPART_HOST, host.c_str())) {
         return std::nullopt;
     }
-    Set(url.get(), CURLUPART_FRAGMENT, nullptr);
+    Set(url.get(), CURLUPART_FRAGMENT, nullptr); // of the base
     parsed.full = PartOf(url.get(), CURLUPART_URL, CURLU_NO_DEFAULT_PORT);
     for (const CURLUPart part : {CURLUPART_USER, CURLUPART_PASSWORD, CURLUPART_OPTIONS}) {
         Set(url.get(), part, nullptr);
