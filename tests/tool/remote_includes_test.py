@@ -81,7 +81,7 @@ def answers(plain, secure):
         "/length": (text(200, big), ["--remote-max-size", "100KB"], 1, ["limit of 102400 bytes"]),
         "/endless": (endless, ["--remote-max-size", "100KB"], 1, ["limit of 102400 bytes"]),
         "/fits": (text(200, big), ["--remote-max-size", "300KB"], 1, ["violation", "!limit"]),
-        "/slow": (slow, ["--remote-timeout", "1"], 1, ["timed out", "the cache holds no copy"]),
+        "/slow": (slow, ["--remote-timeout", "1"], 1, ["Timeout was reached, and the cache holds no copy"]),
         "/bomb": (text(200, gzip.compress(b" " * 10000000), Content_Encoding="gzip"), [], 1,
                   ["content encoding 'gzip'"]),
         "/cut": (text(200, "<Landscape", Content_Length="1000"), [], 1, ["cache holds no copy"]),

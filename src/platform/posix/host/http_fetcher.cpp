@@ -78,6 +78,12 @@ HttpOutcome OutcomeOf(CURLcode code) {
     }
 }
 
+/// `detail` may be empty. Some hold milliseconds, by which equal failures would differ.
+std::string ReasonOf(CURLcode code, const char* detail) {
+    const bool timed = code == CURLE_COULDNT_CONNECT || code == CURLE_OPERATION_TIMEDOUT;
+    return timed || *detail == '\0' ? curl_easy_strerror(code) : detail;
+}
+
 class CHttpFetcher : public IHttpFetcher {
 public:
     explicit CHttpFetcher(std::string certificates) : m_certificates(std::move(certificates)) {
@@ -111,7 +117,7 @@ public:
             answer.reason =
                 "it is larger than the limit of " + std::to_string(request.maxSize) + " bytes";
         } else if (code != CURLE_OK) {
-            answer.reason = error.front() != '\0' ? error.data() : curl_easy_strerror(code);
+            answer.reason = ReasonOf(code, error.data());
         }
         answer.body = std::move(body.text);
         // The handle must not keep pointers to what ends here.
