@@ -56,8 +56,8 @@ struct SWords {
 /// The options of the command that most people want, for the program's own help.
 std::string OptionsOf(const CLI::App& command) {
     const CLI::Formatter formatter;
-    return "Command \"" + command.get_name() +
-           "\":" + formatter.make_groups(&command, CLI::AppFormatMode::Normal);
+    return "Command \"" + command.get_name() + "\":" +
+           formatter.make_groups(&command, CLI::AppFormatMode::Normal);
 }
 
 } // namespace

@@ -62,6 +62,7 @@ void AddSchemaFinding(const SFileOutcome& outcome, int fileIndex, SFindings& all
     SFinding finding{
         kSchemaRuleId, severity, GateSeverityOf(outcome.code), fileIndex, outcome.note, {}, 0,
         nullptr};
+    finding.place = outcome.place;
     if (outcome.note.empty()) {
         finding.violations = &outcome.result;
         finding.text = !outcome.result.wellFormed ? "The file cannot be used:"

@@ -58,13 +58,12 @@ bool CLandscapeLoader::Load(const Progress& progress) {
         loaded = AddFileRow(file.index, file.url, file.description, file.name) && loaded;
         m_outcomes.emplace_back();
         if (!file.notRead.empty()) {
-            Skip(file, file.fault ? ValidationAgainstXSDFailed : ValidationInfo,
-                 file.notRead + IncludedAt(file));
+            Skip(file, file.fault ? ValidationAgainstXSDFailed : ValidationInfo, file.notRead);
         } else if (!file.fetchUrl.empty()) {
             loaded = LoadRemote(file) && loaded;
         } else if (const std::string reason = WhyNotOpened(file); !reason.empty()) {
             Skip(file, ValidationAgainstXSDFailed,
-                 "The included file cannot be read: " + reason + "." + IncludedAt(file));
+                 "The included file cannot be read: " + reason + ".");
         } else {
             loaded = LoadFile(file) && loaded;
         }
@@ -103,14 +102,14 @@ bool CLandscapeLoader::LoadRemote(const SLandscapeFile& file) {
     const SFetchedFile fetched = m_remote->Fetch(file.fetchUrl);
     if (!fetched.failure.empty()) {
         Skip(file, ValidationAgainstXSDFailed,
-             "The included file cannot be fetched: " + fetched.failure + "." + IncludedAt(file));
+             "The included file cannot be fetched: " + fetched.failure + ".");
         return true;
     }
     const auto index = static_cast<std::size_t>(file.index);
     if (!m_files.SetFetched(index, fetched.path, fetched.foundUrl, fetched.foundIdentity)) {
         Skip(file, ValidationInfo,
              "The server redirects to '" + fetched.foundIdentity +
-                 "', which is another file of this run." + IncludedAt(file));
+                 "', which is another file of this run.");
         return true;
     }
     const bool loaded = LoadFile(file);
@@ -137,11 +136,13 @@ void CLandscapeLoader::Skip(const SLandscapeFile& file, ResultCodes code, const 
     SFileOutcome& outcome = m_outcomes.back();
     outcome.code = code;
     outcome.note = note;
+    outcome.place = IncludedAt(file);
     // In the form of a schema check's message, which is the one that readers of results know.
+    const std::string whole = note + outcome.place;
     const std::string message =
         "<p><strong>File used for validation: </strong> '" + Printable(file.url) +
-        "'\nValidation against XSD scheme: failed!\n\nReason: " + note +
-        "\nSource: \nLine: 0\n</p><p>\n<strong>Issue # 1</strong>: " + note +
+        "'\nValidation against XSD scheme: failed!\n\nReason: " + whole +
+        "\nSource: \nLine: 0\n</p><p>\n<strong>Issue # 1</strong>: " + whole +
         "\n<strong>Source:</strong> \n<strong>Line:</strong> 0\n</p>";
     m_findings[_bstr_t(file.url.c_str())] = {_bstr_t(message.c_str()), code};
 }

@@ -21,6 +21,7 @@ struct SFileOutcome {
     Nax::FrontEnd::XMLDB::ResultCodes code = Nax::FrontEnd::XMLDB::ValidationAgainstXSDPassed;
     Nax::FrontEnd::XMLDB::SXmlValidationResult result;
     std::string note;   ///< why the file was not read, when it was not looked for
+    std::string place;  ///< by whom it is included, for a file that was not read
     std::string remark; ///< an information beside all else, such as that a cached copy was read
 };
 
