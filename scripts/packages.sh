@@ -2,8 +2,9 @@
 # Sourced by the other scripts: installs Debian packages that are missing.
 
 build_packages=(g++ cmake ninja-build pkg-config libxml2-dev libxslt1-dev libsqlite3-dev libzip-dev
-                libcli11-dev libfmt-dev xsltproc)
-test_packages=(libgtest-dev sqlite3 p7zip-full)
+                libcli11-dev libfmt-dev xsltproc
+                libcurl4-openssl-dev libtomlplusplus-dev)
+test_packages=(libgtest-dev sqlite3 p7zip-full python3 openssl)
 check_packages=(clang-format clang-tidy)
 
 # ensure_packages NAME...: does nothing, not even ask the network, when all are there.

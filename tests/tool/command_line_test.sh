@@ -58,7 +58,7 @@ check 'file named like the command' 0 'No findings.' '' -o r ./validate
 check 'missing file' 2 '' "cannot read 'none.xml': No such file" -o r none.xml
 check 'missing after good' 2 '0 errors, 1 warning' "cannot read 'none.xml'" -o r "$clean" none.xml
 check 'missing before bad' 2 'errors' "cannot read 'none.xml'" -o r none.xml "$faulty"
-check 'folder as file' 2 '' 'It is a folder' -o r .
+check 'folder as file' 2 'broken.xml' 'not UTF-8' -o r .
 check 'no file' 2 '' 'FILE' validate
 check 'nothing' 2 '' 'FILE is required'
 check 'version of the command' 0 'landscape-validator 0.' '' validate --version

@@ -19,7 +19,8 @@ TEST(FileList, IncludesAreFoundByEveryFormOfTheirUrl) {
     scratch.Write("beside.xml", "");
     const struct {
         std::string url;
-        std::string path; ///< under the scratch folder; empty for one that is not followed
+        std::string path;       ///< under the scratch folder; empty for one that is not followed
+        std::string shown = {}; ///< the URL of one that is not followed
     } kCases[] = {
         {"plain.xml", "a/plain.xml"},
         {"./sub/../plain.xml", "a/plain.xml"},
@@ -31,9 +32,11 @@ TEST(FileList, IncludesAreFoundByEveryFormOfTheirUrl) {
         {"file://" + scratch.Path("a/with%20space.xml"), "a/with space.xml"},
         {"file://localhost" + scratch.Path("beside.xml"), "beside.xml"},
         {"FILE:" + scratch.Path("beside.xml"), "beside.xml"},
-        {"http://landscape.example/central.xml", ""},
-        {"HTTPS://landscape.example/central.xml", ""},
-        {"ftp://landscape.example/central.xml", ""},
+        {"http://landscape.example/central.xml", "", "http://landscape.example/central.xml"},
+        {"HTTPS://u:p@Landscape.example:443/a/../b c.xml#d", "",
+         "https://landscape.example/b%20c.xml"},
+        {"ftp://landscape.example/central.xml", "", "ftp://landscape.example/central.xml"},
+        {"http://", "", "http://"},
     };
     for (const auto& testCase : kCases) {
         CFileList files;
@@ -42,7 +45,7 @@ TEST(FileList, IncludesAreFoundByEveryFormOfTheirUrl) {
         ASSERT_EQ(files.GetCount(), 2U) << testCase.url;
         const std::string expected = testCase.path.empty() ? "" : scratch.Path(testCase.path);
         EXPECT_EQ(files[1].path, expected) << testCase.url;
-        EXPECT_EQ(files[1].url, testCase.path.empty() ? testCase.url : expected);
+        EXPECT_EQ(files[1].url, testCase.path.empty() ? testCase.shown : expected);
         EXPECT_EQ(files[1].name, "Central");
         EXPECT_EQ(files[1].includedBy, main);
     }

@@ -44,6 +44,17 @@ void Add(const SFinding& finding, const std::string& ruleName, SFindings& all, R
 
 void AddSchemaFinding(const SFileOutcome& outcome, int fileIndex, SFindings& all,
                       RuleCounts& counts) {
+    if (!outcome.remark.empty()) {
+        Add({kSchemaRuleId,
+             Severity::Info,
+             Severity::Info,
+             fileIndex,
+             outcome.remark,
+             {},
+             0,
+             nullptr},
+            kSchemaRuleName, all, counts);
+    }
     const Severity severity = ShownSeverityOf(outcome.code);
     if (severity == Severity::None) {
         return;
@@ -51,6 +62,7 @@ void AddSchemaFinding(const SFileOutcome& outcome, int fileIndex, SFindings& all
     SFinding finding{
         kSchemaRuleId, severity, GateSeverityOf(outcome.code), fileIndex, outcome.note, {}, 0,
         nullptr};
+    finding.place = outcome.place;
     if (outcome.note.empty()) {
         finding.violations = &outcome.result;
         finding.text = !outcome.result.wellFormed ? "The file cannot be used:"

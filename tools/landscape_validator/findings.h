@@ -25,6 +25,8 @@ struct SFinding {
     long line = 0;    ///< where that entry begins; 0 when unknown
     /// The violations that a schema finding sums up; null for rules and for files not read.
     const Nax::FrontEnd::XMLDB::SXmlValidationResult* violations = nullptr;
+    /// A sentence on where, beside the text: it changes with lines that have nothing to do with it.
+    std::string place = {};
 };
 
 /// A rule's share of the findings.

@@ -4,6 +4,7 @@
 #include "element_collector.h"
 #include "printable.h"
 #include "record_text.h"
+#include "remote_includes.h"
 
 #include <filesystem>
 #include <system_error>
@@ -22,11 +23,26 @@ constexpr char kNoFileUrl[] = "No explicit files information";
 constexpr char kMemoRows[] =
     "INSERT INTO Memos (\"\", file_id) SELECT \"\", file_id FROM Services WHERE \"\" IS NOT NULL";
 
-// A landscape may name anything; reading a pipe would wait for ever, a device may never end.
-bool IsDevice(const std::string& path) {
+/// Why an included file is not even opened; empty when it is. A landscape may name anything:
+/// reading a pipe would wait for ever, a device may never end.
+std::string WhyNotOpened(const SLandscapeFile& file) {
+    if (file.includedBy.empty()) {
+        return {};
+    }
     std::error_code error;
-    const fs::file_status status = fs::status(path, error);
-    return fs::exists(status) && !fs::is_regular_file(status) && !fs::is_directory(status);
+    const fs::file_status status = fs::status(file.path, error);
+    if (!fs::exists(status)) {
+        return error ? error.message() : "No such file or directory";
+    }
+    return fs::is_regular_file(status) ? std::string()
+           : fs::is_directory(status)  ? "it is a folder"
+                                       : "it is a device or a pipe, not a file";
+}
+
+/// Where a file that is not read is named: nobody can open the file itself to find out.
+std::string IncludedAt(const SLandscapeFile& file) {
+    return " It is included by '" + file.includedBy + "' in line " +
+           std::to_string(file.includeLine) + ".";
 }
 
 } // namespace
@@ -37,6 +53,8 @@ CLandscapeLoader::CLandscapeLoader(CDBProcessor& processor, CFileList& files)
       m_tables(processor),
       m_schema(processor.GetXsd()),
       m_recordLoader(processor) {}
+
+CLandscapeLoader::~CLandscapeLoader() = default;
 
 bool CLandscapeLoader::Load(const Progress& progress) {
     if (!m_recordLoader.Begin()) {
@@ -84,16 +102,21 @@ bool CLandscapeLoader::LoadFile(const SLandscapeFile& file) {
 
 /// Whether the file's entries count.
 bool CLandscapeLoader::TakeFile(const SLandscapeFile& file, CElementCollector& collector) {
-    if (file.path.empty()) {
-        Skip(file, ValidationInfo,
-             "The included file was not followed: only local files are read.");
+    if (!file.notRead.empty()) {
+        Skip(file, file.fault ? ValidationAgainstXSDFailed : ValidationInfo, file.notRead);
         return false;
     }
-    if (!file.includedBy.empty() && IsDevice(file.path)) {
-        Skip(file, ValidationAgainstXSDFailed,
-             "The included file cannot be read: it is a device or a pipe, not a file.");
+    if (!file.fetchUrl.empty()) {
+        return TakeRemote(file, collector);
+    }
+    if (const std::string reason = WhyNotOpened(file); !reason.empty()) {
+        Skip(file, ValidationAgainstXSDFailed, "The included file cannot be read: " + reason + ".");
         return false;
     }
+    return ReadFile(file, collector);
+}
+
+bool CLandscapeLoader::ReadFile(const SLandscapeFile& file, CElementCollector& collector) {
     SFileOutcome& outcome = m_outcomes.back();
     _bstr_t message;
     const bool valid = m_processor.GetValidator()->Validate(
@@ -114,15 +137,56 @@ bool CLandscapeLoader::TakeFile(const SLandscapeFile& file, CElementCollector& c
     return true;
 }
 
+bool CLandscapeLoader::TakeRemote(const SLandscapeFile& file, CElementCollector& collector) {
+    if (!m_remote) {
+        const SIncludeOptions& options = m_files.GetOptions();
+        m_remote =
+            std::make_unique<CRemoteIncludes>(options, MakeHttpFetcher(options.certificates));
+    }
+    const SFetchedFile fetched = m_remote->Fetch(file.fetchUrl);
+    if (!fetched.failure.empty()) {
+        Skip(file, ValidationAgainstXSDFailed,
+             "The included file cannot be fetched: " + fetched.failure + ".");
+        return false;
+    }
+    const auto index = static_cast<std::size_t>(file.index);
+    if (!m_files.SetFetched(index, fetched.path, fetched.foundUrl, fetched.foundIdentity)) {
+        Skip(file, ValidationInfo,
+             "The server redirects to '" + fetched.foundIdentity +
+                 "', which is another file of this run.");
+        return false;
+    }
+    const bool keep = ReadFile(file, collector);
+    m_files.ForgetPath(index);
+    AddRemark(file, fetched.remark);
+    return keep;
+}
+
+void CLandscapeLoader::AddRemark(const SLandscapeFile& file, const std::string& remark) {
+    if (remark.empty()) {
+        return;
+    }
+    m_outcomes.back().remark = remark;
+    SchemaFinding& finding = m_findings[_bstr_t(file.url.c_str())];
+    const std::string message = "<p>" + remark + "\n</p>";
+    if (finding.second == ValidationAgainstXSDPassed) {
+        finding = {_bstr_t(message.c_str()), ValidationInfo};
+    } else {
+        finding.first = _bstr_t((message + static_cast<const char*>(finding.first)).c_str());
+    }
+}
+
 void CLandscapeLoader::Skip(const SLandscapeFile& file, ResultCodes code, const std::string& note) {
     SFileOutcome& outcome = m_outcomes.back();
     outcome.code = code;
     outcome.note = note;
+    outcome.place = IncludedAt(file);
     // In the form of a schema check's message, which is the one that readers of results know.
+    const std::string whole = note + outcome.place;
     const std::string message =
         "<p><strong>File used for validation: </strong> '" + Printable(file.url) +
-        "'\nValidation against XSD scheme: failed!\n\nReason: " + note +
-        "\nSource: \nLine: 0\n</p><p>\n<strong>Issue # 1</strong>: " + note +
+        "'\nValidation against XSD scheme: failed!\n\nReason: " + whole +
+        "\nSource: \nLine: 0\n</p><p>\n<strong>Issue # 1</strong>: " + whole +
         "\n<strong>Source:</strong> \n<strong>Line:</strong> 0\n</p>";
     m_findings[_bstr_t(file.url.c_str())] = {_bstr_t(message.c_str()), code};
 }

@@ -16,11 +16,15 @@
 
 namespace LandscapeValidator {
 
+class CRemoteIncludes;
+
 /// What the schema check of one file found.
 struct SFileOutcome {
     Nax::FrontEnd::XMLDB::ResultCodes code = Nax::FrontEnd::XMLDB::ValidationAgainstXSDPassed;
     Nax::FrontEnd::XMLDB::SXmlValidationResult result;
-    std::string note; ///< why the file was not read, when it was not looked for
+    std::string note;   ///< why the file was not read, when it was not looked for
+    std::string place;  ///< by whom it is included, for a file that was not read
+    std::string remark; ///< an information beside all else, such as that a cached copy was read
 };
 
 /// Reads a run's files into the database, validating each in the same pass. Follows include
@@ -35,6 +39,9 @@ public:
 
     /// `processor` must have created its database; it and `files` must outlive the loader.
     CLandscapeLoader(Nax::FrontEnd::XMLDB::CDBProcessor& processor, CFileList& files);
+    CLandscapeLoader(const CLandscapeLoader&) = delete;
+    CLandscapeLoader& operator=(const CLandscapeLoader&) = delete;
+    ~CLandscapeLoader();
 
     /// Loads all files and queues their rows. False when the database refused a record.
     bool Load(const Progress& progress);
@@ -54,6 +61,9 @@ private:
     bool LoadFiles(const Progress& progress);
     bool LoadFile(const SLandscapeFile& file);
     bool TakeFile(const SLandscapeFile& file, CElementCollector& collector);
+    bool TakeRemote(const SLandscapeFile& file, CElementCollector& collector);
+    bool ReadFile(const SLandscapeFile& file, CElementCollector& collector);
+    void AddRemark(const SLandscapeFile& file, const std::string& remark);
     void Skip(const SLandscapeFile& file, Nax::FrontEnd::XMLDB::ResultCodes code,
               const std::string& note);
     bool BeginFile(int index, const std::string& url, const std::optional<std::string>& description,
@@ -67,6 +77,7 @@ private:
     CElementPositions m_positions;
     const _bstr_t m_schema;
     std::wstringstream m_stream;
+    std::unique_ptr<CRemoteIncludes> m_remote; ///< made for the first file that is fetched
     std::vector<SFileOutcome> m_outcomes;
     Nax::FrontEnd::XMLDB::SchemaFindings m_findings;
     std::vector<std::string> m_remainingRows;

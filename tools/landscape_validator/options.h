@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "include_resolver.h"
+#include "input_files.h"
 #include "severity.h"
 
 #include <string>
@@ -11,6 +13,8 @@ namespace LandscapeValidator {
 /// What a validation is asked to do.
 struct SOptions {
     std::vector<std::string> files;
+    SInputOptions inputs;
+    SIncludeOptions includes;
     std::string outputFolder = "landscape-report";
     std::string configFolder; ///< replaces the application-data folder when not empty
     int keepBackups = 5;

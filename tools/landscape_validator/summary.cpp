@@ -120,7 +120,7 @@ void CSummary::PrintFinding(const SFinding& finding) {
     const std::string rule =
         finding.ruleId == kSchemaRuleId ? "schema" : fmt::format("rule {}", finding.ruleId);
     m_out << fmt::format("  {} {:<8} {}{}\n", Label(finding.severity), rule, Where(finding.line),
-                         OneLine(finding.text));
+                         OneLine(finding.text + finding.place));
     if (finding.violations == nullptr) {
         return;
     }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support_sources.h"
 
-#include "file_list.h"
+#include "include_resolver.h"
 
 #include <naxfewxmldb/naxfewxmldb.h>
 

@@ -4,8 +4,10 @@
 #include "backups.h"
 #include "collect_command.h"
 #include "findings.h"
+#include "input_files.h"
 #include "landscape_loader.h"
 #include "platform/host.h"
+#include "platform/host_files.h"
 #include "printable.h"
 #include "report.h"
 #include "rule_indexes.h"
@@ -17,6 +19,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <sstream>
 #include <system_error>
 
@@ -47,9 +50,6 @@ std::string WhyUnreadable(const std::string& path) {
     if (!fs::exists(status)) {
         return error ? error.message() : "No such file or directory";
     }
-    if (fs::is_directory(status)) {
-        return "It is a folder";
-    }
     if (!fs::is_regular_file(status)) {
         return {}; // a pipe can be opened once only, and that is the parser's turn
     }
@@ -62,7 +62,7 @@ std::string WhyUnreadable(const std::string& path) {
 class CValidateRun {
 public:
     CValidateRun(const SOptions& options, std::ostream& out, std::ostream& err)
-        : m_options(options), m_out(out), m_err(err) {}
+        : m_options(options), m_out(out), m_err(err), m_files(options.includes) {}
 
     ExitCode Run() {
         if (!ReadCommandLineFiles() || !PrepareFolder()) {
@@ -94,19 +94,42 @@ private:
 
     /// False when there is nothing to validate at all.
     bool ReadCommandLineFiles() {
+        const SInputs inputs = FindInputs(m_options.files, m_options.inputs);
+        for (const std::string& note : inputs.notes) {
+            m_err << kName << PrintableLines(note) << '\n';
+        }
+        for (const std::string& failure : inputs.failures) {
+            Fail(failure);
+        }
         bool any = false;
-        for (const std::string& path : m_options.files) {
-            const std::string reason = IsUtf8(path) ? WhyUnreadable(path) : "Its name is not UTF-8";
-            if (reason.empty()) {
-                any = true;
-            } else {
-                Fail(fmt::format("cannot read '{}': {}", path, reason));
-            }
-            if (IsUtf8(path)) {
-                m_files.AddCommandLineFile(path);
-            }
+        for (const SInputFile& input : inputs.files) {
+            any = (input.standardInput ? ReadStandardInput() : AddInputFile(input.path)) || any;
         }
         return any;
+    }
+
+    bool AddInputFile(const std::string& path) {
+        const std::string reason = IsUtf8(path) ? WhyUnreadable(path) : "Its name is not UTF-8";
+        if (IsUtf8(path)) {
+            m_files.AddCommandLineFile(path);
+        }
+        return reason.empty() || Fail(fmt::format("cannot read '{}': {}", path, reason));
+    }
+
+    /// Standard input may be a pipe or a socket, which the parser could not open by a name.
+    bool ReadStandardInput() {
+        const std::string& name = m_options.inputs.stdinName;
+        if (m_scratch) {
+            return true; // read already
+        }
+        std::string reason = IsUtf8(name) ? "" : "the name that --stdin-name gives is not UTF-8";
+        m_scratch = reason.empty() ? MakeScratchFolder(reason) : nullptr;
+        const std::string path = m_scratch ? m_scratch->GetPath() + "/stdin.xml" : "";
+        if (!m_scratch || !CopyToFile(std::cin, path, reason)) {
+            return Fail("cannot read standard input: " + reason);
+        }
+        m_files.AddCommandLineFile(path, name);
+        return true;
     }
 
     bool PrepareFolder() {
@@ -240,7 +263,8 @@ private:
     const SOptions& m_options;
     std::ostream& m_out;
     std::ostream& m_err;
-    bool m_complete = true; ///< false once a file or a step was not done
+    bool m_complete = true;                    ///< false once a file or a step was not done
+    std::unique_ptr<IScratchFolder> m_scratch; ///< holds the copy of standard input
     CFileList m_files;
     std::unique_ptr<IFolderLock> m_lock;
     std::shared_ptr<CDBProcessor> m_processor;

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "command_line.h"
+#include "configuration.h"
+#include "include_options.h"
 #include "options.h"
+#include "printable.h"
 #include "validate_command.h"
 
 #include <CLI/CLI.hpp>
@@ -21,6 +24,11 @@ Exit codes:
 Examples:
   landscape-validator landscape.xml
   landscape-validator -o report --fail-on warning central.xml local.xml
+  landscape-validator --remote-includes conf/
+  curl -s https://host.example/landscape.xml | landscape-validator -
+
+What every option is called in a file or in the environment: --show-config; the environment has
+LANDSCAPE_VALIDATOR_ before the name, such as LANDSCAPE_VALIDATOR_FAIL_ON=warning.
 )";
 
 constexpr int kMaxBackups = 1000000;
@@ -33,6 +41,7 @@ const std::map<std::string, Severity> kThresholds = {{"error", Severity::Error},
 /// The options as words still, where the parser has no type for them.
 struct SValidateWords {
     SOptions options;
+    SConfigurationOptions configuration;
     std::string failOn = "error";
 };
 
@@ -69,6 +78,30 @@ void AddEnvironmentOptions(CLI::App& command, SValidateWords& words) {
         ->option_text("DIR");
 }
 
+/// Names files behind "--" as the command's own, and settles what the command line leaves open.
+/// True when the run only shows the outcome, which is then the chosen command. `notes` are lines.
+bool Configure(CLI::App& command, CLI::Option& files,
+               const std::vector<std::string>& filesBehindDashes,
+               const SConfigurationOptions& options, std::string& notes, Command& chosen) {
+    for (const std::string& file : filesBehindDashes) {
+        files.add_result(file);
+        files.run_callback();
+    }
+    CConfiguration configuration(command);
+    configuration.Apply(options);
+    for (const std::string& variable : configuration.FindUnknownVariables()) {
+        notes += "landscape-validator: the environment variable " + Printable(variable) +
+                 " names no option\n";
+    }
+    if (options.show) {
+        chosen = [list = configuration.List(), notes](std::ostream& out, std::ostream& err) {
+            err << notes;
+            return out << list << std::flush ? ExitCode::Clean : ExitCode::Failure;
+        };
+    }
+    return options.show;
+}
+
 } // namespace
 
 void AddValidateCommand(CLI::App& app, const std::vector<std::string>& filesBehindDashes,
@@ -78,19 +111,28 @@ void AddValidateCommand(CLI::App& app, const std::vector<std::string>& filesBehi
     command.footer(kFooter);
     // Lives as long as the callback, which outlives this function.
     const auto words = std::make_shared<SValidateWords>();
-    command.add_option("FILE", words->options.files, "Landscape XML files to validate");
+    CLI::Option* const files = command.add_option(
+        "FILE", words->options.files,
+        "Landscape XML files to validate; \"-\" is standard input, a folder means its *.xml files");
+    AddInputOptions(command, words->options.inputs);
+    AddIncludeOptions(command, words->options.includes);
     AddOutputOptions(command, *words);
     AddThresholdOptions(command, *words);
     AddEnvironmentOptions(command, *words);
-    command.callback([words, filesBehindDashes, &chosen] {
+    CConfiguration::AddOptions(command, words->configuration);
+    command.callback([words, filesBehindDashes, &command, files, &chosen] {
+        std::string notes;
+        if (Configure(command, *files, filesBehindDashes, words->configuration, notes, chosen)) {
+            return;
+        }
         SOptions options = words->options;
-        options.files.insert(options.files.end(), filesBehindDashes.begin(),
-                             filesBehindDashes.end());
+        ReadIncludeRoots(options.includes);
         if (options.files.empty()) {
             throw CLI::RequiredError("FILE");
         }
         options.failOn = kThresholds.at(words->failOn);
-        chosen = [options](std::ostream& out, std::ostream& err) {
+        chosen = [options, notes](std::ostream& out, std::ostream& err) {
+            err << notes;
             return RunValidate(options, out, err);
         };
     });

@@ -1,0 +1,143 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# Which files are meant by the words of the command line, and where options come from.
+set -u
+tool=$1
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+mkdir "$work/home" && cd "$work/home" || exit 1
+export HOME=$work/home
+failed=0
+
+# check NAME EXIT TEXT ARGUMENTS...: TEXT is on one of the streams; with "!" in front on none.
+check() {
+  local name=$1 exit=$2 text=$3 got
+  shift 3
+  "$tool" "$@" >"$work/all.txt" 2>&1
+  got=$?
+  if [ "$got" -ne "$exit" ] || ! holds "$text"; then
+    failed=$((failed + 1))
+    printf 'FAILED: %s: %s: exit %s, wanted %s and "%s"; got:\n' "$name" "$*" "$got" "$exit" "$text"
+    sed 's/^/  /' "$work/all.txt" | head -30
+  fi
+}
+
+holds() {
+  case $1 in
+    !*) ! grep -qF -- "${1#!}" "$work/all.txt" ;;
+    *) grep -qF -- "$1" "$work/all.txt" ;;
+  esac
+}
+
+mkdir -p conf/sub/deep conf/.hidden empty others 'odd[1]'
+for file in conf/b.xml conf/sub/c.xml conf/sub/deep/d.xml conf/.hidden/e.xml conf/.f.xml 'odd[1]/g.xml'; do
+  printf '<Landscape updated="1"/>' >"$file"
+done
+printf '<Landscape' >conf/a.xml
+printf '\xef\xbb\xbf<?xml version="1.0"?><!-- <Landscape> --><project/>' >conf/pom.xml
+cp conf/pom.xml others/
+ln -s ../conf conf/sub/cycle
+printf '<Landscape updated="1"><Includes><Include url="conf/b.xml"/></Includes></Landscape>' >main.xml
+
+check 'folder' 1 'Checked 2 files' conf
+check 'what is no landscape' 1 "left out 1 file of the folder 'conf/', as no landscape: 'conf/pom.xml'" conf/
+check 'folder, sorted' 1 'conf/a.xml' conf
+check 'glob into depth' 1 'Checked 4 files' --glob '**/*.xml' conf
+check 'globs' 0 'Checked 3 files' --glob 'b.*' --glob 'sub/**/[cd].xml' --glob 'b.xml' conf
+check 'one file by two ways' 0 'Checked 1 file ' conf/sub conf/sub/c.xml conf/sub/../sub/c.xml
+check 'working folder' 0 'Checked 2 files' .
+check 'empty folder' 2 "no file of the folder 'empty' fits '*.xml'" empty
+check 'no landscape in folder' 2 "that fits '*.xml' is a landscape" others
+check 'empty folder beside a file' 2 'Checked 1 file ' empty conf/b.xml
+check 'pattern' 0 'Checked 1 file ' 'conf/[b-m]*.xml'
+check 'pattern in folders' 0 'Checked 4 files' 'conf/**/?.xml' --glob x --fail-on never conf/b.xml
+check 'pattern that fits nothing' 2 "no file fits 'conf/*.yml'" 'conf/*.yml'
+check 'name like a pattern' 0 'Checked 1 file ' 'odd[1]/g.xml'
+check 'pattern in a folder named like one' 0 'Checked 1 file ' 'odd[1]/*.xml'
+
+check 'standard input' 0 'Checked 1 file ' - <conf/b.xml
+check 'includes of standard input' 0 'Checked 2 files' - - <main.xml
+check 'folder of standard input' 0 'Checked 2 files' --stdin-name conf/sub/x.xml - \
+  < <(sed 's,conf/b,../b,' main.xml)
+check 'standard input is a file of the run' 0 'Checked 2 files' --stdin-name main.xml - main.xml <main.xml
+check 'name of standard input' 1 'new.xml' --stdin-name new.xml - <conf/a.xml
+check 'nothing on standard input' 1 '<stdin>' - </dev/null
+check 'closed standard input' 1 '<stdin>' - <&-
+check 'pipe' 0 'Checked 1 file ' <(cat conf/b.xml)
+{ printf '<Landscape updated="1"><!--'; head -c 20000000 /dev/zero | tr '\0' x; printf -- '--></Landscape>'; } >big.xml
+check 'long standard input' 0 'No findings' - < <(cat big.xml)
+rm big.xml
+
+# What the file says, what the environment says, what the command line says: who wins.
+cat >landscape-validator.toml <<'END'
+fail-on = "never"   # a comment
+files = ["conf", "conf/../main.xml"]
+keep-backups = 3
+json = true
+glob = ["a.xml", "b.xml"]
+include-root = "https://host.example/=conf"
+END
+mkdir -p work/er
+check 'files of the configuration' 0 'Checked 3 files'
+cd work/er || exit 1
+export LANDSCAPE_VALIDATOR_KEEP_BACKUPS=4 LANDSCAPE_VALIDATOR_JSON=off
+export LANDSCAPE_VALIDATOR_GLOB='*.xml;b;' LANDSCAPE_VALIDATOR_FAIL_ON=warning
+while IFS='|' read -r value origin; do
+  check 'origin' 0 "$(printf '%-40s # %s' "$value" "$origin")" --show-config --fail-on info --open
+done <<'END'
+files = ['../../conf', '../../main.xml']|../../landscape-validator.toml:2
+glob = ['*.xml', 'b']|LANDSCAPE_VALIDATOR_GLOB
+include-root = ['https://host.example/=../../conf']|../../landscape-validator.toml:6
+keep-backups = 4|LANDSCAPE_VALIDATOR_KEEP_BACKUPS
+json = false|LANDSCAPE_VALIDATOR_JSON
+fail-on = 'info'|command line
+open = true|command line
+stdin-name = '<stdin>'|default
+# config-dir is not set|default
+END
+check 'environment over file' 1 'Checked 3 files'
+check 'flag over all' 0 'Checked 3 files' --fail-on never
+check 'flag taken back' 0 "$(printf '%-40s # %s' 'json = false' 'command line')" --json=false --show-config
+check 'files over configuration' 0 'Checked 1 file ' ../../conf/b.xml
+check 'files behind dashes' 0 "files = ['-x.xml']" --show-config -- -x.xml
+check 'no configuration' 2 'FILE is required' --no-config
+LANDSCAPE_VALIDATOR_CONFIG=../../landscape-validator.toml check 'flag over its opposite' 2 'FILE is req' --no-config
+LANDSCAPE_VALIDATOR_NO_CONFIG=1 check 'variable over its opposite' 0 '../../l' --show-config --config ../../landscape-validator.toml
+LANDSCAPE_VALIDATOR_FIAL_ON=x check 'unknown variable' 1 'LANDSCAPE_VALIDATOR_FIAL_ON names no option'
+LANDSCAPE_VALIDATOR_JSON=perhaps check 'bad truth' 2 "LANDSCAPE_VALIDATOR_JSON: 'perhaps' is neither"
+LANDSCAPE_VALIDATOR_FAIL_ON=x check 'bad variable' 2 'LANDSCAPE_VALIDATOR_FAIL_ON: --fail-on: x not in'
+unset "${!LANDSCAPE_VALIDATOR_@}"
+check 'its own form is read back' 0 'fail-on' --show-config
+grep '=' "$work/all.txt" | sed 's/ #.*//; s,\.\./\.\./,,g' >../../again.toml
+check 'the same again' 0 "files = ['../../conf', '../../main.xml']" --config ../../again.toml --show-config
+HOME=$work/home/work check 'not above the home folder' 0 'No configuration file' --show-config
+chmod 1777 ../../work
+check 'not beyond a folder of everybody' 0 'No configuration file' --show-config
+
+while IFS='|' read -r content message; do
+  printf '%b' "$content" >bad.toml
+  check 'bad configuration' 2 "$message" --config bad.toml ../../conf/b.xml
+done <<'END'
+\nfial-on = "error"|bad.toml:2: there is no option 'fial-on'
+fail-on = "fatal"|bad.toml:1: --fail-on: fatal not in
+fail-on = ["error"]|bad.toml:1: 'fail-on' takes one value, not a list
+fail-on = true|bad.toml:1: 'fail-on' must be a text or a number
+json = "yes"|bad.toml:1: 'json' must be true or false
+json = [true]|bad.toml:1: 'json' must be true or false
+glob = [true]|bad.toml:1: 'glob' must be a text or a number
+glob = [["x"]]|bad.toml:1: 'glob' must be a text, a number
+output = 2020-01-01|bad.toml:1: 'output' must be a text, a number
+[validate]\njson = true|bad.toml:1: 'validate' must be a text, a number
+keep-backups = "many"|bad.toml:1: --keep-backups: Value many
+a = 1\nkeep-backups = |bad.toml:2: Error while parsing
+json = true\njson = true|bad.toml:2: Error while parsing
+config = "x"|bad.toml:1: 'config' cannot be set in a configuration file
+show-config = true|bad.toml:1: 'show-config' cannot be set
+version = true|bad.toml:1: 'version' cannot be set
+include-root = "x"|bad.toml:1: --include-root: 'x' is not of the form
+END
+check 'missing configuration' 2 "cannot read the configuration file 'none.toml': No such" --config none.toml
+check 'folder as configuration' 2 "configuration file '..': it is a folder" --config ..
+
+echo "$failed failed"
+[ "$failed" -eq 0 ]

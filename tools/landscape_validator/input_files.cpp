@@ -1,0 +1,208 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "input_files.h"
+
+#include "command_line.h"
+#include "platform/host_files.h"
+
+#include <fmt/format.h>
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <system_error>
+
+namespace LandscapeValidator {
+
+using Nax::FrontEnd::XMLDB::FitsPattern;
+using Nax::FrontEnd::XMLDB::ReadRootElement;
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr char kLandscape[] = "Landscape";
+constexpr char kAnyFolders[] = "**";
+constexpr std::size_t kNamedAtMost = 3;
+
+bool HasWildcard(const std::string& text) {
+    return text.find_first_of("*?[") != std::string::npos;
+}
+
+bool Exists(const fs::path& path) {
+    std::error_code error;
+    return fs::exists(fs::symlink_status(path, error));
+}
+
+bool IsFolder(const fs::path& path) {
+    std::error_code error;
+    return fs::is_directory(path, error);
+}
+
+/// Files, and links to files that are gone: that these cannot be read must be told.
+bool MayBeFile(const fs::path& path) {
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    return fs::is_regular_file(status) || (!fs::exists(status) && Exists(path));
+}
+
+/// Walks folders for what fits one pattern.
+class CPatternWalk {
+public:
+    CPatternWalk(const fs::path& pattern, std::set<std::string>& found, SInputs& inputs)
+        : m_segments(pattern.begin(), pattern.end()), m_found(found), m_inputs(inputs) {}
+
+    void Walk(const fs::path& folder, std::size_t place = 0) {
+        if (place == m_segments.size()) {
+            return;
+        }
+        const fs::path& segment = m_segments[place];
+        const bool last = place + 1 == m_segments.size();
+        if (segment == kAnyFolders) {
+            Walk(folder, place + 1);
+            for (const fs::path& entry : EntriesOf(folder)) {
+                std::error_code error;
+                if (!fs::is_symlink(entry, error) && FitsPattern(entry.filename(), "*")) {
+                    Step(entry, place, false);
+                }
+            }
+        } else if (!HasWildcard(segment) || Exists(folder / segment)) {
+            Step(folder / segment, place + 1, last);
+        } else {
+            for (const fs::path& entry : EntriesOf(folder)) {
+                if (FitsPattern(entry.filename(), segment)) {
+                    Step(entry, place + 1, last);
+                }
+            }
+        }
+    }
+
+private:
+    void Step(const fs::path& path, std::size_t next, bool last) {
+        if (last && MayBeFile(path)) {
+            m_found.insert(path.lexically_normal().string());
+        } else if (!last && IsFolder(path)) {
+            Walk(path, next);
+        }
+    }
+
+    std::vector<fs::path> EntriesOf(const fs::path& folder) {
+        std::vector<fs::path> entries;
+        std::error_code error;
+        const fs::path shown = folder.empty() ? fs::path(".") : folder;
+        for (fs::directory_iterator entry(shown, error), end; !error && entry != end;
+             entry.increment(error)) {
+            entries.push_back(folder / entry->path().filename());
+        }
+        if (error) {
+            m_inputs.failures.push_back(
+                fmt::format("cannot read the folder '{}': {}", shown.string(), error.message()));
+        }
+        return entries;
+    }
+
+    const std::vector<fs::path> m_segments;
+    std::set<std::string>& m_found;
+    SInputs& m_inputs;
+};
+
+std::string Joined(const std::vector<std::string>& texts, std::size_t atMost) {
+    std::string joined;
+    for (std::size_t index = 0; index < std::min(texts.size(), atMost); ++index) {
+        joined += (index == 0 ? "'" : ", '") + texts[index] + "'";
+    }
+    return texts.size() > atMost ? fmt::format("{} and {} more", joined, texts.size() - atMost)
+                                 : joined;
+}
+
+void AddFolder(const std::string& folder, const std::vector<std::string>& globs, SInputs& inputs) {
+    const std::size_t failuresBefore = inputs.failures.size();
+    std::set<std::string> found;
+    for (const std::string& glob : globs) {
+        CPatternWalk(glob, found, inputs).Walk(folder);
+    }
+    std::vector<std::string> others;
+    for (const std::string& path : found) {
+        const std::string root = ReadRootElement(path);
+        if (root.empty() || root == kLandscape) {
+            inputs.files.push_back({path});
+        } else {
+            others.push_back(path);
+        }
+    }
+    if (others.size() < found.size()) {
+        if (!others.empty()) {
+            inputs.notes.push_back(fmt::format(
+                "left out {} of the folder '{}', as no landscape: {}",
+                others.size() == 1 ? "1 file" : "files", folder, Joined(others, kNamedAtMost)));
+        }
+    } else if (!others.empty()) {
+        inputs.failures.push_back(
+            fmt::format("no file of the folder '{}' that fits {} is a "
+                        "landscape",
+                        folder, Joined(globs, globs.size())));
+    } else if (inputs.failures.size() == failuresBefore) {
+        inputs.failures.push_back(
+            fmt::format("no file of the folder '{}' fits {}", folder, Joined(globs, globs.size())));
+    }
+}
+
+void AddPattern(const std::string& pattern, SInputs& inputs) {
+    const std::size_t failuresBefore = inputs.failures.size();
+    std::set<std::string> found;
+    CPatternWalk(pattern, found, inputs).Walk({});
+    for (const std::string& path : found) {
+        inputs.files.push_back({path});
+    }
+    if (found.empty() && inputs.failures.size() == failuresBefore) {
+        inputs.failures.push_back(fmt::format("no file fits '{}'", pattern));
+    }
+}
+
+} // namespace
+
+void AddInputOptions(CLI::App& command, SInputOptions& options) {
+    Repeatable(command.add_option("--glob", options.globs,
+                                  "Which files of a folder given as FILE are meant (repeatable); "
+                                  "'**/*.xml' takes those below it too"))
+        ->option_text("PATTERN [*.xml]");
+    command
+        .add_option("--stdin-name", options.stdinName,
+                    "Name of the file that is read from standard input, for FILE \"-\"")
+        ->option_text("NAME [<stdin>]");
+}
+
+SInputs FindInputs(const std::vector<std::string>& words, const SInputOptions& options) {
+    SInputs inputs;
+    for (const std::string& word : words) {
+        if (word == "-") {
+            inputs.files.push_back({word, true});
+        } else if (IsFolder(word)) {
+            AddFolder(word, options.globs, inputs);
+        } else if (HasWildcard(word) && !Exists(word)) {
+            AddPattern(word, inputs);
+        } else {
+            inputs.files.push_back({word});
+        }
+    }
+    return inputs;
+}
+
+bool CopyToFile(std::istream& in, const std::string& path, std::string& message) {
+    constexpr std::size_t kBlock = std::size_t{1} << 16U;
+    std::ofstream out(path, std::ios::binary);
+    std::string block(kBlock, '\0');
+    while (in && out) {
+        in.read(block.data(), static_cast<std::streamsize>(block.size()));
+        out.write(block.data(), in.gcount());
+    }
+    out.close();
+    if (in.bad()) {
+        message = "it cannot be read to its end";
+    } else if (!out) {
+        message = "its temporary copy cannot be written";
+    }
+    return message.empty();
+}
+
+} // namespace LandscapeValidator
