@@ -6,6 +6,7 @@ build_packages=(g++ cmake ninja-build pkg-config libxml2-dev libxslt1-dev libsql
 test_packages=(libgtest-dev sqlite3)
 test_packages+=(bash-completion bsdextrautils man-db mandoc shellcheck yamllint zsh)
 package_packages=(dpkg-dev file lintian)
+docs_packages=(doxygen mkdocs)
 check_packages=(clang-format clang-tidy)
 
 # ensure_packages NAME...: does nothing, not even ask the network, when all are there.
