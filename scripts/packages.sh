@@ -4,10 +4,12 @@
 build_packages=(g++ cmake ninja-build pkg-config libxml2-dev libxslt1-dev libsqlite3-dev
                 libcli11-dev libfmt-dev xsltproc)
 test_packages=(libgtest-dev sqlite3)
-test_packages+=(bash-completion bsdextrautils man-db mandoc shellcheck yamllint zsh)
+check_packages=(clang-format clang-tidy)
+
+# Completions and manual pages in the shells and formatters that people have.
+test_packages+=(bash-completion bsdextrautils man-db mandoc shellcheck python3-yaml yamllint zsh)
 package_packages=(dpkg-dev file lintian)
 docs_packages=(doxygen mkdocs)
-check_packages=(clang-format clang-tidy)
 
 # ensure_packages NAME...: does nothing, not even ask the network, when all are there.
 ensure_packages() {
