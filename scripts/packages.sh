@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
 # Sourced by the other scripts: installs Debian packages that are missing.
 
-build_packages=(g++ cmake ninja-build pkg-config libxml2-dev libxslt1-dev libsqlite3-dev
+build_packages=(g++ cmake ninja-build pkg-config libxml2-dev libxslt1-dev libsqlite3-dev libzip-dev
                 libcli11-dev libfmt-dev xsltproc)
-test_packages=(libgtest-dev sqlite3)
+test_packages=(libgtest-dev sqlite3 p7zip-full)
 check_packages=(clang-format clang-tidy)
 
 # Completions and manual pages in the shells and formatters that people have.

@@ -14,6 +14,7 @@
 #include <mutex>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Nax::FrontEnd::XMLDB {
@@ -96,6 +97,14 @@ public:
 
     /// `text` without single quotes.
     CStringA UpdateStr(const char* text);
+
+    /// Makes the support archive "LandscapeValidation.zip" in `folder` from the processor's
+    /// database file, the landscape files (each a path, of which the file name is used, and a text)
+    /// and the launcher's settings. True when it was made. <naxfewxmldb/support_files.h> has a form
+    /// that says what went in, and the rules for names, links and failures.
+    static bool CollectSupportFiles(const std::shared_ptr<CDBProcessor>& processor,
+                                    const _bstr_t& folder,
+                                    const std::vector<std::pair<_bstr_t, _bstr_t>>& files);
 
     std::shared_ptr<IDatabase> GetDatabase() const;
     std::string GetDatabaseFileName() const;

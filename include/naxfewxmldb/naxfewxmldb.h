@@ -15,6 +15,7 @@
 #include <naxfewxmldb/result_codes.h>
 #include <naxfewxmldb/rule.h>
 #include <naxfewxmldb/rules_processor.h>
+#include <naxfewxmldb/support_files.h>
 #include <naxfewxmldb/text_types.h>
 #include <naxfewxmldb/xml_document.h>
 #include <naxfewxmldb/xml_element_sink.h>

@@ -111,5 +111,56 @@ printf '<Landscape updated="1" a="\xc2\x9b31m"><Routers><Router uuid="&#x9;x" na
 printf '</Routers></Landscape>' >>escape.xml
 "$tool" -o r escape.xml | grep -q $'\x1b' && failed=$((failed + 1))
 
+# Support files: those of the last run, whole or not at all.
+export NAXFEWXMLDB_WINDIR=$work/win NAXFEWXMLDB_PROGRAMDATA=$work/data
+mkdir -p cfg/NAX/Common twins/a twins/b
+cp "$clean" twins/a/l.xml
+cp "$faulty" twins/b/L.xml
+echo settings >cfg/NAX/Common/settings.xml
+check 'collect without a run' 2 '' "there is no folder 'c'" collect -o c
+mkdir c
+check 'collect from an empty folder' 2 '' 'UILandscape.db' collect -o c
+check 'collect a file from an empty folder' 0 'Landscape_files/clean_landscape.xml' '' \
+  collect -o c "$clean"
+rm -r c
+check 'validate and collect' 1 'Support archive: ' '' --collect -o c --config-dir cfg twins/a/l.xml twins/b/L.xml
+rm c/LandscapeValidation.zip
+check 'list' 0 'NAX_Common/settings.xml' '' collect -o c --config-dir cfg --list
+check 'list tells what is missing' 0 'naxroute.ini' '' collect --output=c --list
+[ ! -e c/LandscapeValidation.zip ] || failed=$((failed + 1))
+check 'collect' 0 'Support archive: ' '' collect -o c --config-dir cfg
+7z x -bd -bso0 -pnax -ounpacked c/LandscapeValidation.zip </dev/null &&
+  cmp unpacked/Database/UILandscape.db c/UILandscape.db &&
+  cmp unpacked/Landscape_files/l.xml "$clean" &&
+  cmp "unpacked/Landscape_files/L (2).xml" "$faulty" &&
+  cmp unpacked/NAX_Common/settings.xml cfg/NAX/Common/settings.xml || failed=$((failed + 1))
+check 'collect a missing file' 2 'Support archive: ' "cannot collect 'none.xml'" collect -o c none.xml
+mkdir elsewhere
+(cd elsewhere && ! "$tool" collect -o ../c 2>err.txt | grep -q 'Landscape_files/l.xml  from' &&
+  grep -q "Collect from the run's folder" err.txt) || failed=$((failed + 1))
+cp c/LandscapeValidation.zip earlier.zip
+mkdir c/Registry
+: >c/Registry/mine
+check 'a working folder is taken' 2 '' "c/Registry'" collect -o c
+check 'a working folder is taken after a run' 2 'Report: ' "c/Registry'" --collect -o c "$clean"
+[ -e c/Registry/mine ] && cmp c/LandscapeValidation.zip earlier.zip || failed=$((failed + 1))
+rm -r c/Registry
+
+# A full disk and an interrupted collection leave a whole archive and nothing else.
+ls -A c >before.txt
+bash -c 'ulimit -f 4 && exec "$0" collect -o c' "$tool" >out.txt 2>err.txt
+[ $? -eq 2 ] && grep -q 'cannot collect' err.txt &&
+  7z t -bd -bso0 -pnax c/LandscapeValidation.zip </dev/null && ls -A c | cmp - before.txt ||
+  failed=$((failed + 1))
+cp earlier.zip c/LandscapeValidation.zip
+printf '#!/bin/sh\n: >"%s/asked"\nexec sleep 1000\n' "$work" >hang
+chmod +x hang
+NAXFEWXMLDB_REG=$work/hang "$tool" collect -o c 2>err.txt >out.txt &
+for _ in $(seq 100); do [ -e asked ] || sleep 0.1; done
+kill -TERM $!
+wait $!
+[ $? -eq 2 ] && grep -q 'cancelled' err.txt && cmp c/LandscapeValidation.zip earlier.zip &&
+  ls -A c | cmp - before.txt || failed=$((failed + 1))
+
 echo "$passed passed, $failed failed"
 [ "$failed" -eq 0 ]

@@ -11,7 +11,7 @@ namespace LandscapeValidator {
 
 namespace {
 
-constexpr std::array<std::string_view, 1> kCommands = {"validate"};
+constexpr std::array<std::string_view, 2> kCommands = {"validate", "collect"};
 constexpr std::array<std::string_view, 4> kOwnOptions = {"-h", "--help", "-V", "--version"};
 
 constexpr char kFooter[] = R"(
@@ -73,6 +73,7 @@ void DefineCommands(CLI::App& app, const std::vector<std::string>& filesBehindDa
     app.set_version_flag("-V,--version", "landscape-validator " LANDSCAPE_VALIDATOR_VERSION);
     app.require_subcommand(1);
     AddValidateCommand(app, filesBehindDashes, chosen);
+    AddCollectCommand(app, filesBehindDashes, chosen);
     app.footer([&app] { return OptionsOf(*app.get_subcommand("validate")) + kFooter; });
 }
 

@@ -18,6 +18,7 @@ struct SOptions {
     bool showAll = false;
     bool writeJson = false;
     bool openPage = false;
+    bool collect = false; ///< also make the support archive
 };
 
 } // namespace LandscapeValidator

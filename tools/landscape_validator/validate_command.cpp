@@ -2,6 +2,7 @@
 #include "validate_command.h"
 
 #include "backups.h"
+#include "collect_command.h"
 #include "findings.h"
 #include "landscape_loader.h"
 #include "platform/host.h"
@@ -16,6 +17,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <system_error>
 
 namespace LandscapeValidator {
@@ -62,7 +64,15 @@ public:
         : m_options(options), m_out(out), m_err(err) {}
 
     ExitCode Run() {
-        if (!ReadCommandLineFiles() || !PrepareFolder() || !FillDatabase() || !RunRules()) {
+        if (!ReadCommandLineFiles() || !PrepareFolder()) {
+            return ExitCode::Failure;
+        }
+        if (!FillDatabase() || !RunRules()) {
+            // Now of all times support needs the files; the connection closes first.
+            m_rules.reset();
+            m_loader.reset();
+            m_processor.reset();
+            Collect();
             return ExitCode::Failure;
         }
         WriteReport();
@@ -180,6 +190,17 @@ private:
         }
     }
 
+    void Collect() {
+        if (m_options.collect) {
+            ShowProgress("Collecting support files");
+            std::ostringstream told;
+            const bool collected = CollectAfterRun(m_options.outputFolder, m_files, told, m_err);
+            ShowProgress({});
+            m_complete = collected && m_complete;
+            m_out << told.str() << std::flush;
+        }
+    }
+
     ExitCode PrintSummary(const SFindings& findings) {
         const char* noColour = std::getenv("NO_COLOR");
         const bool colours =
@@ -187,6 +208,7 @@ private:
         CSummary summary(m_out, {colours, m_options.showAll});
         summary.Print(findings, m_files, m_loader->GetEntryCount(), m_rules->GetRules().size());
         summary.PrintPageCounts(m_report->ReadPageCounts());
+        Collect();
         m_out << "Database: " << m_processor->GetDatabaseFileName() << '\n'
               << "Report: " << m_report->GetPagePath() << '\n';
         if (!m_out.flush()) {

@@ -49,6 +49,8 @@ void AddOutputOptions(CLI::App& command, SValidateWords& words) {
         ->check(CLI::Range(0, kMaxBackups).description(""));
     command.add_flag("--json", options.writeJson, "Also write the page's data as JSON files");
     command.add_flag("--open", options.openPage, "Open the report page in the browser");
+    command.add_flag("--collect", options.collect,
+                     "Also make the support archive, LandscapeValidation.zip");
     command.add_flag("--all", options.showAll, "Print every finding, not the first of each file");
 }
 

@@ -10,44 +10,13 @@
 #include <new>
 #include <string>
 
+#include "descriptor.h"
 #include "platform/files.h"
+#include "platform/folders.h"
+
+using namespace Nax::FrontEnd::XMLDB;
 
 namespace {
-
-/// Owns a file descriptor.
-class CDescriptor {
-public:
-    explicit CDescriptor(int descriptor) noexcept : m_descriptor(descriptor) {}
-    CDescriptor(const CDescriptor&) = delete;
-    CDescriptor& operator=(const CDescriptor&) = delete;
-    ~CDescriptor() { Close(); }
-
-    int Get() const noexcept { return m_descriptor; }
-    bool IsOpen() const noexcept { return m_descriptor >= 0; }
-    /// A delayed write error shows up here.
-    bool Close() noexcept {
-        const int descriptor = m_descriptor;
-        m_descriptor = -1;
-        return descriptor < 0 || ::close(descriptor) == 0;
-    }
-
-private:
-    int m_descriptor;
-};
-
-bool WriteAll(int file, const char* bytes, std::size_t count) noexcept {
-    while (count > 0) {
-        const ssize_t written = ::write(file, bytes, count);
-        if (written < 0 && errno != EINTR) {
-            return false;
-        }
-        if (written > 0) {
-            bytes += written;
-            count -= static_cast<std::size_t>(written);
-        }
-    }
-    return true;
-}
 
 bool CopyContent(int source, int target) noexcept {
     std::array<char, 65536> block;
@@ -97,12 +66,10 @@ std::string NameBeside(const char* target) {
            std::to_string(++counter) + ".part";
 }
 
-/// False with the reason in errno.
-bool CopyTo(const char* source, const char* target, bool failIfExists) {
-    CDescriptor input(::open(source, O_RDONLY | O_CLOEXEC));
+/// Copies what `source` is open on. False with the reason in errno.
+bool CopyTo(int source, const char* target, bool failIfExists) {
     struct stat status = {};
-    if (!input.IsOpen() || ::fstat(input.Get(), &status) != 0 ||
-        !MayReplace(target, failIfExists)) {
+    if (::fstat(source, &status) != 0 || !MayReplace(target, failIfExists)) {
         return false;
     }
     const std::string copy = NameBeside(target);
@@ -111,7 +78,7 @@ bool CopyTo(const char* source, const char* target, bool failIfExists) {
     if (!output.IsOpen()) {
         return false;
     }
-    bool done = CopyContent(input.Get(), output.Get());
+    bool done = CopyContent(source, output.Get());
     if (done) {
         // The times are a courtesy: some file systems cannot keep them.
         const std::array<timespec, 2> times = {status.st_atim, status.st_mtim};
@@ -126,11 +93,54 @@ bool CopyTo(const char* source, const char* target, bool failIfExists) {
     return done;
 }
 
+/// Opens a regular file without waiting for what is none; -1 with the reason in `check`.
+int OpenRegularFile(const std::string& path, LinkRule links, SFileCheck& check) {
+    const int noFollow = links == LinkRule::Refuse ? O_NOFOLLOW : 0;
+    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | noFollow);
+    struct stat status = {};
+    if (file < 0 || ::fstat(file, &status) != 0) {
+        const int reason = errno;
+        check.found = reason != ENOENT && reason != ENOTDIR;
+        const bool refused = reason == ELOOP && noFollow != 0;
+        check.problem = refused ? "It is a symbolic link, which is not followed"
+                                : SystemMessage(static_cast<DWORD>(reason));
+    } else if (!S_ISREG(status.st_mode)) {
+        check.problem = S_ISDIR(status.st_mode) ? "It is a folder" : "It is no regular file";
+    } else {
+        check.size = static_cast<std::uint64_t>(status.st_size);
+        return file;
+    }
+    if (file >= 0) {
+        ::close(file);
+    }
+    return -1;
+}
+
 } // namespace
+
+namespace Nax::FrontEnd::XMLDB {
+
+SFileCheck CheckRegularFile(const std::string& path, LinkRule links) {
+    SFileCheck check;
+    const CDescriptor file(OpenRegularFile(path, links, check));
+    return check;
+}
+
+SFileCheck CopyRegularFile(const std::string& source, const std::string& target, LinkRule links) {
+    SFileCheck check;
+    const CDescriptor file(OpenRegularFile(source, links, check));
+    if (file.IsOpen() && !CopyTo(file.Get(), target.c_str(), false)) {
+        check.problem = SystemMessage(static_cast<DWORD>(errno));
+    }
+    return check;
+}
+
+} // namespace Nax::FrontEnd::XMLDB
 
 BOOL CopyFileA(const char* source, const char* target, BOOL failIfExists) noexcept {
     try {
-        if (CopyTo(source, target, failIfExists != FALSE)) {
+        const CDescriptor input(::open(source, O_RDONLY | O_CLOEXEC));
+        if (input.IsOpen() && CopyTo(input.Get(), target, failIfExists != FALSE)) {
             return TRUE;
         }
         SetLastError(static_cast<DWORD>(errno));

@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "platform/files.h"
+#include "platform/folders.h"
 #include "platform/known_folders.h"
 #include "registry_file.h"
 
@@ -17,7 +18,12 @@ std::string ReadRegistryFile() {
     if (folder.empty()) {
         return {};
     }
-    std::ifstream file(JoinPath(folder, "naxfewxmldb/registry.ini"), std::ios::binary);
+    const std::string path = JoinPath(folder, "naxfewxmldb/registry.ini");
+    // A pipe of that name would hold every query up.
+    if (!CheckRegularFile(path, LinkRule::Follow).problem.empty()) {
+        return {};
+    }
+    std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 

@@ -7,11 +7,18 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #include <cerrno>
+#include <csignal>
 #include <system_error>
 
 namespace Nax::FrontEnd::XMLDB {
 
 namespace {
+
+volatile std::sig_atomic_t stopRequested = 0;
+
+void RequestStop(int /*signal*/) {
+    stopRequested = 1;
+}
 
 constexpr char kLockFile[] = ".landscape-validator.lock";
 
@@ -70,6 +77,24 @@ void FillClosedStandardStreams() {
             open("/dev/null", stream == STDIN_FILENO ? O_RDWR : O_RDONLY);
         }
     }
+}
+
+void WatchStopSignals() {
+    struct sigaction action = {};
+    action.sa_handler = &RequestStop;
+    action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction earlier = {};
+        // What the starter has switched off stays off.
+        if (sigaction(signal, nullptr, &earlier) == 0 && earlier.sa_handler != SIG_IGN) {
+            sigaction(signal, &action, nullptr);
+        }
+    }
+    std::signal(SIGXFSZ, SIG_IGN);
+}
+
+bool IsStopRequested() {
+    return stopRequested != 0;
 }
 
 bool IsStandardOutputTerminal() {

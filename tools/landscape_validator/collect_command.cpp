@@ -1,0 +1,224 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "collect_command.h"
+
+#include "platform/host.h"
+#include "printable.h"
+#include "support_listing.h"
+#include "support_sources.h"
+
+#include <naxfewxmldb/naxfewxmldb.h>
+
+#include <fmt/format.h>
+
+#include <filesystem>
+#include <memory>
+#include <system_error>
+
+namespace LandscapeValidator {
+
+using namespace Nax::FrontEnd::XMLDB;
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr char kName[] = "landscape-validator: ";
+
+std::string Absolute(const std::string& path) {
+    std::error_code error;
+    const fs::path absolute = fs::absolute(path, error).lexically_normal();
+    return error ? path : absolute.string();
+}
+
+SSupportRequest RequestFor(const std::string& folder) {
+    SSupportRequest request;
+    request.folder = Absolute(folder);
+    request.database = Absolute(folder + "/UILandscape.db");
+    request.keepExistingFolders = true;
+    request.isCancelled = &IsStopRequested;
+    return request;
+}
+
+/// The database must be in the archive when there is one.
+bool IsDatabaseLeftOut(const SSupportFile& file) {
+    return file.name.starts_with("Database/") && file.found && !file.problem.empty();
+}
+
+std::string WhyLeftOut(const SSupportFile& file) {
+    return fmt::format("cannot collect '{}': {}", file.source, file.problem);
+}
+
+/// One collection, step by step; each step is told on `err` when it fails.
+class CCollectRun {
+public:
+    CCollectRun(const SCollectOptions& options, std::ostream& out, std::ostream& err)
+        : m_options(options), m_out(out), m_err(err) {}
+
+    ExitCode Run() {
+        if (!PrepareFolder()) {
+            return ExitCode::Failure;
+        }
+        SSupportRequest request = RequestFor(m_options.outputFolder);
+        if (!FindLandscapeFiles(request)) {
+            return ExitCode::Failure;
+        }
+        if (!m_options.list) {
+            WatchStopSignals();
+        }
+        const SSupportReport report =
+            m_options.list ? ListSupportFiles(request) : CollectSupportFiles(request);
+        Tell(report);
+        return m_complete ? ExitCode::Clean : ExitCode::Failure;
+    }
+
+private:
+    bool Fail(const std::string& message) {
+        m_err << kName << PrintableLines(message) << '\n';
+        m_complete = false;
+        return false;
+    }
+
+    bool PrepareFolder() {
+        const std::string& folder = m_options.outputFolder;
+        std::error_code error;
+        if (!IsUtf8(folder)) {
+            return Fail("the name of the output folder is not UTF-8");
+        }
+        if (!fs::is_directory(folder, error)) {
+            return Fail("there is no folder '" + folder +
+                        "' to collect from; validate into it first");
+        }
+        if (!m_options.list && !Lock(folder)) {
+            return false;
+        }
+        OverrideKnownFolder(KnownFolder::LocalAppData, Absolute(folder).c_str());
+        if (!m_options.configFolder.empty()) {
+            OverrideKnownFolder(KnownFolder::AppData, Absolute(m_options.configFolder).c_str());
+        }
+        return true;
+    }
+
+    bool Lock(const std::string& folder) {
+        std::string reason;
+        switch (LockFolder(folder, m_lock, reason)) {
+            case LockOutcome::Taken:
+                return true;
+            case LockOutcome::HeldElsewhere:
+                return Fail("another run is writing into '" + folder + "'; wait for it");
+            case LockOutcome::Failed:
+                break;
+        }
+        return Fail("cannot write into the output folder '" + folder + "': " + reason);
+    }
+
+    bool FindLandscapeFiles(SSupportRequest& request) {
+        if (!m_options.files.empty()) {
+            for (const std::string& file : m_options.files) {
+                if (IsUtf8(file)) {
+                    m_sources.Add(file);
+                } else {
+                    Fail("cannot collect '" + file + "': Its name is not UTF-8");
+                }
+            }
+        } else {
+            std::string reason;
+            if (!m_sources.AddFilesOfLastRun(request.database, reason)) {
+                return Fail(reason);
+            }
+        }
+        request.files = m_sources.GetFiles();
+        return true;
+    }
+
+    void Tell(const SSupportReport& report) {
+        const bool made = report.failure.empty();
+        if (made || m_options.list) {
+            PrintSupportFiles(report,
+                              m_options.list ? "Would go into the archive" : "In the archive",
+                              m_sources.GetRemote(), m_out);
+        }
+        for (const std::string& warning : report.warnings) {
+            m_err << kName << Printable(warning) << '\n';
+        }
+        for (const SSupportFile& file : report.files) {
+            const bool isNamed =
+                !m_options.files.empty() && file.name.starts_with("Landscape_files/");
+            if (IsDatabaseLeftOut(file) || (isNamed && !file.problem.empty())) {
+                Fail(WhyLeftOut(file));
+            }
+        }
+        TellWhereRelativeNamesAreLookedFor(report);
+        if (!made) {
+            Fail((m_options.list ? "" : "no archive was made: ") + report.failure);
+        } else if (!m_options.list) {
+            PrintSupportArchive(report, m_out);
+        }
+        if (!m_out.flush()) {
+            Fail("the list cannot be written to standard output");
+        }
+    }
+
+    /// One missing file may be gone; when all are, the names are read in the wrong folder.
+    void TellWhereRelativeNamesAreLookedFor(const SSupportReport& report) {
+        bool anyMissing = false;
+        for (const SSupportFile& file : report.files) {
+            if (file.name.starts_with("Landscape_files/") && fs::path(file.source).is_relative()) {
+                if (file.found) {
+                    return;
+                }
+                anyMissing = true;
+            }
+        }
+        if (anyMissing && m_options.files.empty()) {
+            std::error_code error;
+            m_err << kName << "the last run named its files relative to the folder that it was "
+                  << "started in; they are not there below '"
+                  << Printable(fs::current_path(error).string())
+                  << "'. Collect from the run's folder, or name the files\n";
+        }
+    }
+
+    const SCollectOptions& m_options;
+    std::ostream& m_out;
+    std::ostream& m_err;
+    bool m_complete = true; ///< false once a file or a step was not done
+    std::unique_ptr<IFolderLock> m_lock;
+    CSupportSources m_sources;
+};
+
+} // namespace
+
+ExitCode RunCollect(const SCollectOptions& options, std::ostream& out, std::ostream& err) {
+    return CCollectRun(options, out, err).Run();
+}
+
+bool CollectAfterRun(const std::string& outputFolder, const CFileList& files, std::ostream& out,
+                     std::ostream& err) {
+    CSupportSources sources;
+    for (std::size_t index = 0; index < files.GetCount(); ++index) {
+        if (!files[index].path.empty()) {
+            sources.Add(files[index].path);
+        }
+    }
+    SSupportRequest request = RequestFor(outputFolder);
+    request.files = sources.GetFiles();
+    WatchStopSignals();
+    const SSupportReport report = CollectSupportFiles(request);
+    for (const std::string& warning : report.warnings) {
+        err << kName << Printable(warning) << '\n';
+    }
+    if (!report.failure.empty()) {
+        err << kName << Printable("no archive was made: " + report.failure) << '\n';
+        return false;
+    }
+    PrintSupportArchive(report, out);
+    bool complete = true;
+    for (const SSupportFile& file : report.files) {
+        if (IsDatabaseLeftOut(file)) {
+            err << kName << Printable(WhyLeftOut(file)) << '\n';
+            complete = false;
+        }
+    }
+    return complete;
+}
+
+} // namespace LandscapeValidator

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "exit_codes.h"
+#include "file_list.h"
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace LandscapeValidator {
+
+/// What a collection of support files is asked to do.
+struct SCollectOptions {
+    std::string outputFolder = "landscape-report";
+    std::string configFolder;       ///< replaces the application-data folder when not empty
+    std::vector<std::string> files; ///< empty: those of the last run
+    bool list = false;              ///< print what would go in, and write nothing
+};
+
+/// Makes the support archive from the last run in the output folder. What went in goes to `out`,
+/// failures to `err`.
+ExitCode RunCollect(const SCollectOptions& options, std::ostream& out, std::ostream& err);
+
+/// Makes the support archive of a run that has just ended; the run holds the folder's lock and has
+/// no transaction open. False, and told on `err`, when there is none or the
+/// database is not in it.
+bool CollectAfterRun(const std::string& outputFolder, const CFileList& files, std::ostream& out,
+                     std::ostream& err);
+
+} // namespace LandscapeValidator

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <naxfewxmldb/support_files.h>
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace LandscapeValidator {
+
+/// Prints, under `heading`, the files that are in the archive (or would be), those that were not
+/// found, and those that were left out for another reason. `remote` are URLs that were not looked
+/// for.
+void PrintSupportFiles(const Nax::FrontEnd::XMLDB::SSupportReport& report,
+                       const std::string& heading, const std::vector<std::string>& remote,
+                       std::ostream& out);
+
+/// Prints where a finished archive is, and which older ones were removed.
+void PrintSupportArchive(const Nax::FrontEnd::XMLDB::SSupportReport& report, std::ostream& out);
+
+} // namespace LandscapeValidator
