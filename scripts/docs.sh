@@ -29,7 +29,9 @@ NAX_DOCS_PAGES=$pages mkdocs build --quiet --strict --site-dir "$PWD/build/docs/
 echo "build/docs/site/index.html: $(find build/docs/site -name '*.html' | wc -l) pages"
 
 if [ "${1:-}" = --test ]; then
-  command -v node >/dev/null && command -v npm >/dev/null || ensure_packages nodejs npm
+  if ! command -v node >/dev/null || ! command -v npm >/dev/null; then
+    ensure_packages nodejs npm
+  fi
   ensure_packages chromium
   [ -d tests/browser/node_modules ] || (cd tests/browser && npm ci --no-audit --no-fund >/dev/null)
   NAX_DOCS_SITE=$PWD/build/docs/site node --test --test-reporter=spec tests/docs/
