@@ -1,12 +1,11 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# usage: manual_test.sh PROGRAM PAGE...: each page renders without a warning of groff's or mandoc's,
-# and the first tells every option that the program's help tells.
+# usage: manual_test.sh PROGRAM FOLDER: each page in FOLDER renders without a warning of groff's or
+# mandoc's, and the program's tells every option that its help tells.
 set -euo pipefail
-program=$1
-shift
+program=$1 folder=$2
 failed=0
-for page in "$@"; do
+for page in "$folder"/*.[1-9]; do
   warnings=$(LC_ALL=C.UTF-8 MANROFFSEQ='' MANWIDTH=80 man --warnings -E UTF-8 -l "$page" 2>&1 >/dev/null)
   warnings+=$(mandoc -Tlint "$page" || true)
   if [[ -n $warnings ]]; then
@@ -14,7 +13,7 @@ for page in "$@"; do
     failed=1
   fi
 done
-text=$(MANWIDTH=500 man -l "$1" | col -bx)
+text=$(MANWIDTH=500 man -l "$folder/landscape-validator.1" | col -bx)
 mapfile -t options < <("$program" validate --help | grep -oE '^ +-[^ ]+' | tr -d ' ' | tr , '\n')
 ((${#options[@]} > 8)) || { echo "only ${#options[@]} options in the help"; failed=1; }
 for option in "${options[@]}"; do

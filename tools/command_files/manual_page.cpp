@@ -2,6 +2,7 @@
 #include "writers.h"
 
 #include <cctype>
+#include <set>
 #include <sstream>
 #include <utility>
 
@@ -10,6 +11,8 @@ namespace LandscapeValidator {
 namespace {
 
 constexpr char kProgram[] = "landscape\\-validator";
+/// The command that is meant when the first word names none.
+constexpr char kDefaultCommand[] = "validate";
 
 std::string Roff(const std::string& text) {
     std::string escaped;
@@ -147,10 +150,44 @@ std::string Options(const SCommandModel& program) {
     return text;
 }
 
+std::string KeyEntry(const std::string& key, const SOptionModel& option, const std::string& type) {
+    const std::string value = option.value.empty() || option.value == option.names.front()
+                                  ? type
+                                  : type + ", \\fI" + Roff(option.value) + "\\fR";
+    return Entry("\\fB" + Roff(key) + "\\fR (" + value + ")", option);
+}
+
+/// The keys of a configuration file: every option of the default command, but those that choose the
+/// file itself or that end the program.
+std::string Keys(const SCommandModel& program) {
+    const std::set<std::string> others = {"--config", "--no-config", "--show-config", "--help",
+                                          "--version"};
+    std::string text;
+    for (const SCommandModel& command : program.commands) {
+        if (command.path != kDefaultCommand) {
+            continue;
+        }
+        for (const SOptionModel& operand : command.operands) {
+            text += KeyEntry("files", operand, "list");
+        }
+        for (const SOptionModel& option : command.options) {
+            const std::string& name = option.names.back();
+            if (others.count(name) == 0 && name.rfind("--", 0) == 0) {
+                const char* const type = option.value.empty() ? "flag"
+                                         : option.repeatable  ? "list"
+                                                              : "value";
+                text += KeyEntry(name.substr(2), option, type);
+            }
+        }
+    }
+    return text;
+}
+
 } // namespace
 
 Parts ManualPageParts(const SCommandModel& program) {
     return {{"%COMMANDS%", Commands(program)},
+            {"%KEYS%", Keys(program)},
             {"%OPTIONS%", Options(program)},
             {"%FOOTER%", ProgramFooter(program)}};
 }
