@@ -35,6 +35,32 @@ std::vector<std::string> AllowedWords(CLI::Option& option) {
     }
 }
 
+/// The words that a description lists behind its colon, "...: error, warning, info (repeatable)",
+/// for values that no check but the command itself looks at. Empty when what stands there is no
+/// list.
+std::vector<std::string> ListedWords(const std::string& description) {
+    const std::size_t colon = description.find(": ");
+    if (colon == std::string::npos) {
+        return {};
+    }
+    std::string list = description.substr(colon + 2);
+    list = list.substr(0, list.find_first_of(";(."));
+    for (std::size_t at = list.find(" or "); at != std::string::npos; at = list.find(" or ")) {
+        list.replace(at, 4, ", ");
+    }
+    std::vector<std::string> words;
+    std::istringstream input(list);
+    for (std::string word; std::getline(input, word, ',');) {
+        word.erase(0, word.find_first_not_of(' '));
+        word.erase(word.find_last_not_of(' ') + 1);
+        if (word.find_first_not_of("abcdefghijklmnopqrstuvwxyz") != std::string::npos) {
+            return {};
+        }
+        words.push_back(word);
+    }
+    return words.size() > 1 ? words : std::vector<std::string>();
+}
+
 SValueKind KindOf(const std::string& name) {
     if (name == "DIR" || name == "FOLDER") {
         return {Kind::Folder, {}};
@@ -79,9 +105,13 @@ SOptionModel ReadOption(CLI::Option& option) {
     }
     const std::string text = option.get_option_text();
     ReadValue(model, text.empty() ? option.get_type_name() : text);
-    const std::vector<std::string> words = AllowedWords(option);
+    SValueKind& last = model.pair ? model.second : model.first;
+    std::vector<std::string> words = AllowedWords(option);
+    if (words.empty() && last.kind == Kind::None) {
+        words = ListedWords(model.description);
+    }
     if (!words.empty()) {
-        (model.pair ? model.second : model.first) = {Kind::Words, words};
+        last = {Kind::Words, words};
     }
     return model;
 }

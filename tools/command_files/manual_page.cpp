@@ -36,6 +36,23 @@ std::string Roff(const std::string& text) {
     return escaped;
 }
 
+/// Running text, in lines of a length that all readers of manual pages accept.
+std::string Text(const std::string& text) {
+    constexpr std::size_t kWidth = 78;
+    std::string wrapped;
+    std::string line;
+    std::istringstream words(text);
+    for (std::string word; words >> word;) {
+        const std::string escaped = Roff(word);
+        if (!line.empty() && line.size() + escaped.size() >= kWidth) {
+            wrapped += line + "\n";
+            line.clear();
+        }
+        line += (line.empty() ? "" : " ") + escaped;
+    }
+    return wrapped + line;
+}
+
 std::string NamesOf(const SOptionModel& option) {
     std::string names;
     for (const std::string& name : option.names) {
@@ -45,7 +62,7 @@ std::string NamesOf(const SOptionModel& option) {
 }
 
 std::string Entry(const std::string& tag, const SOptionModel& option) {
-    return ".TP\n" + tag + "\n" + Roff(option.description) + ".\n";
+    return ".TP\n" + tag + "\n" + Text(option.description) + ".\n";
 }
 
 std::string OptionEntry(const SOptionModel& option) {
@@ -128,7 +145,7 @@ std::string Commands(const SCommandModel& program) {
         if (command->path.empty() || !command->commands.empty()) {
             continue; // what only groups commands takes no options of interest
         }
-        text += ".SS " + Synopsis(*command) + "\n" + Roff(command->description) + ".\n";
+        text += ".SS " + Synopsis(*command) + "\n" + Text(command->description) + ".\n";
         for (const SOptionModel& operand : command->operands) {
             text += Entry("\\fI" + Roff(operand.value) + "\\fR", operand);
         }
