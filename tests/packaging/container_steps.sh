@@ -9,7 +9,7 @@ file=$(realpath "$1") bare=$(realpath "$2")
 context=$(git -C "$(dirname "$file")" rev-parse --show-toplevel)
 work=$(mktemp -d)
 trap 'rm -rf --one-file-system "$work"' EXIT
-declare -A stages
+declare -A stages=()
 stage='' folder=/ user=root entry='' volume=''
 
 inside() { # COMMAND... in the stage's folder, as its user
