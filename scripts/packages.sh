@@ -7,6 +7,11 @@ build_packages=(g++ cmake ninja-build pkg-config libxml2-dev libxslt1-dev libsql
 test_packages=(libgtest-dev sqlite3 p7zip-full python3 openssl)
 check_packages=(clang-format clang-tidy)
 
+# Completions and manual pages in the shells and formatters that people have.
+test_packages+=(bash-completion bsdextrautils man-db mandoc shellcheck python3-yaml yamllint zsh)
+package_packages=(dpkg-dev file lintian)
+docs_packages=(doxygen mkdocs)
+
 # ensure_packages NAME...: does nothing, not even ask the network, when all are there.
 ensure_packages() {
   local missing=() name

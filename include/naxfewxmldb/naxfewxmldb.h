@@ -1,7 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Everything that the library exports. Nothing here needs another package's headers.
+/// \file
+/// Everything that the library exports. Nothing here needs another package's headers.
+
+/// \namespace Nax::FrontEnd::XMLDB
+/// All that the library names itself. What stands outside are the names of the platform on which
+/// it is at home, such as _bstr_t.
 #include <naxfewxmldb/database.h>
 #include <naxfewxmldb/db_processor.h>
 #include <naxfewxmldb/known_folders.h>

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+/// \file
+/// The SQL functions of the library, for connections of a host's own.
 #include <naxfewxmldb/export.h>
 
 struct sqlite3;

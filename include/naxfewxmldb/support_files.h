@@ -27,6 +27,7 @@ struct SSupportLandscapeFile {
     std::string source;
 };
 
+/// What to collect, and where.
 struct SSupportRequest {
     std::string folder;   ///< the collection folder; archive and working folders are made inside it
     std::string database; ///< path of the database file
@@ -48,6 +49,7 @@ struct SSupportFile {
     std::uint64_t size = 0; ///< in bytes; 0 for the registry's answers in a list
 };
 
+/// What a collection did, or would do.
 struct SSupportReport {
     std::string archive; ///< path of the archive
     std::string failure; ///< why there is none; empty when it was made

@@ -26,3 +26,16 @@ libs=$(dirname "$(find "$work/prefix" -name libnaxfewxmldb.so)")
 XDG_DATA_HOME=$work/data LD_LIBRARY_PATH=$libs "$work/consumer"
 
 "$work/prefix/bin/landscape-validator" --version
+
+for file in share/man/man1/landscape-validator.1 share/man/man3/naxfewxmldb.3 \
+  share/bash-completion/completions/landscape-validator \
+  share/zsh/vendor-completions/_landscape-validator \
+  share/doc/naxfewxmldb/{LICENSE,README.md,docs/index.md,examples/clean_landscape.xml}; do
+  [ -s "$work/prefix/$file" ] || { echo "not installed: $file"; exit 1; }
+done
+cmake --install "$build" --prefix "$work/runtime" --component runtime >/dev/null
+"$work/runtime/bin/landscape-validator" --version
+if find "$work/runtime" -name '*.h' -o -name '*.so' -o -name '*.cmake' | grep .; then
+  echo "development files in the runtime component"
+  exit 1
+fi

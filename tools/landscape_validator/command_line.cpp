@@ -66,17 +66,23 @@ CLI::Option* Repeatable(CLI::Option* option) {
     return option->allow_extra_args(false)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 
+void DefineCommands(CLI::App& app, const std::vector<std::string>& filesBehindDashes,
+                    Command& chosen) {
+    app.name("landscape-validator");
+    app.description("Finds every fault in landscape XML files and explains it.");
+    app.set_version_flag("-V,--version", "landscape-validator " LANDSCAPE_VALIDATOR_VERSION);
+    app.require_subcommand(1);
+    AddValidateCommand(app, filesBehindDashes, chosen);
+    AddCollectCommand(app, filesBehindDashes, chosen);
+    app.footer([&app] { return OptionsOf(*app.get_subcommand("validate")) + kFooter; });
+}
+
 Command ParseCommandLine(const std::vector<std::string>& arguments, std::ostream& out,
                          std::ostream& err, ExitCode& exitCode) {
     Command chosen;
     const SWords words(arguments);
-    CLI::App app("Finds every fault in landscape XML files and explains it.",
-                 "landscape-validator");
-    app.set_version_flag("-V,--version", "landscape-validator " LANDSCAPE_VALIDATOR_VERSION);
-    app.require_subcommand(1);
-    AddValidateCommand(app, words.files, chosen);
-    AddCollectCommand(app, words.files, chosen);
-    app.footer([&app] { return OptionsOf(*app.get_subcommand("validate")) + kFooter; });
+    CLI::App app;
+    DefineCommands(app, words.files, chosen);
     try {
         std::vector<std::string> remaining = words.words;
         app.parse(remaining);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+/// \file
+/// The wide strings that pass the library's boundary.
 #include <naxfewxmldb/export.h>
 
 #include <cstddef>

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// The component model's vocabulary, with the names and values of the platform where it is native:
-// result codes, interface identities, counted objects and tagged values. Only what the library
-// and its hosts use.
+/// \file
+/// The component model's vocabulary, with the names and values of the platform where it is native:
+/// result codes, interface identities, counted objects and tagged values. Only what the library
+/// and its hosts use.
 #include <naxfewxmldb/export.h>
 #include <naxfewxmldb/platform/bstr.h>
 
@@ -38,6 +39,7 @@ constexpr bool FAILED(HRESULT result) {
     return result < 0;
 }
 
+/// Identifies an interface or a class.
 struct GUID {
     std::uint32_t Data1;
     std::uint16_t Data2;
@@ -62,6 +64,7 @@ protected:
     ~IUnknown() = default;
 };
 
+/// Base of the document interfaces; a VARIANT of type VT_DISPATCH holds one.
 struct NAXFEWXMLDB_EXPORT IDispatch : IUnknown {
 protected:
     ~IDispatch() = default;

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// The document interfaces that the library uses, with the names, signatures and property names of
-// the platform where they are native. Every operation returns a result code and never throws;
-// text outputs are new BSTRs that the caller frees, object outputs carry a reference.
+/// \file
+/// The document interfaces that the library uses, with the names, signatures and property names of
+/// the platform where they are native. Every operation returns a result code and never throws;
+/// text outputs are new BSTRs that the caller frees, object outputs carry a reference.
 #include <naxfewxmldb/platform/com_types.h>
 
 enum DOMNodeType {
@@ -20,6 +21,7 @@ enum DOMNodeType {
 
 struct IXMLDOMNode;
 
+/// Nodes in the order of the document, counted from 0. Holds its nodes.
 struct NAXFEWXMLDB_EXPORT IXMLDOMNodeList : IDispatch {
     static const IID IID_;
     /// S_FALSE and a null output past the end.
@@ -30,6 +32,7 @@ protected:
     ~IXMLDOMNodeList() = default;
 };
 
+/// The attributes of one element, by name and by number.
 struct NAXFEWXMLDB_EXPORT IXMLDOMNamedNodeMap : IDispatch {
     static const IID IID_;
     /// S_FALSE and a null output when there is no such node.
@@ -41,6 +44,7 @@ protected:
     ~IXMLDOMNamedNodeMap() = default;
 };
 
+/// A node of a document, which lives as long as any of its nodes is held.
 struct NAXFEWXMLDB_EXPORT IXMLDOMNode : IDispatch {
     static const IID IID_;
     virtual HRESULT get_nodeName(BSTR* name) noexcept = 0;
@@ -64,6 +68,7 @@ protected:
     ~IXMLDOMNode() = default;
 };
 
+/// A node that is an element.
 struct NAXFEWXMLDB_EXPORT IXMLDOMElement : IXMLDOMNode {
     static const IID IID_;
 
@@ -71,6 +76,7 @@ protected:
     ~IXMLDOMElement() = default;
 };
 
+/// A node that is a processing instruction.
 struct NAXFEWXMLDB_EXPORT IXMLDOMProcessingInstruction : IXMLDOMNode {
     static const IID IID_;
 
@@ -95,6 +101,7 @@ protected:
 
 struct IXMLDOMParseErrorCollection;
 
+/// A fault that also knows all faults of its document.
 struct NAXFEWXMLDB_EXPORT IXMLDOMParseError2 : IXMLDOMParseError {
     static const IID IID_;
     virtual HRESULT get_allErrors(IXMLDOMParseErrorCollection** errors) noexcept = 0;
@@ -103,6 +110,7 @@ protected:
     ~IXMLDOMParseError2() = default;
 };
 
+/// All faults of one load, in the order in which they were found.
 struct NAXFEWXMLDB_EXPORT IXMLDOMParseErrorCollection : IDispatch {
     static const IID IID_;
     /// Details are kept for the first 1,000 faults; S_FALSE and a null output past that.
@@ -126,6 +134,7 @@ protected:
     ~IXMLDOMSchemaCollection2() = default;
 };
 
+/// A document: loaded from a file or a text, and validated meanwhile when it has schemas.
 struct NAXFEWXMLDB_EXPORT IXMLDOMDocument2 : IXMLDOMNode {
     static const IID IID_;
     virtual HRESULT put_preserveWhiteSpace(VARIANT_BOOL preserve) noexcept = 0;
