@@ -56,8 +56,8 @@ struct SWords {
 /// The options of the command that most people want, for the program's own help.
 std::string OptionsOf(const CLI::App& command) {
     const CLI::Formatter formatter;
-    return "Command \"" + command.get_name() + "\":" +
-           formatter.make_groups(&command, CLI::AppFormatMode::Normal);
+    return "Command \"" + command.get_name() +
+           "\":" + formatter.make_groups(&command, CLI::AppFormatMode::Normal);
 }
 
 } // namespace
@@ -66,16 +66,22 @@ CLI::Option* Repeatable(CLI::Option* option) {
     return option->allow_extra_args(false)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 
+void DefineCommands(CLI::App& app, const std::vector<std::string>& filesBehindDashes,
+                    Command& chosen) {
+    app.name("landscape-validator");
+    app.description("Finds every fault in landscape XML files and explains it.");
+    app.set_version_flag("-V,--version", "landscape-validator " LANDSCAPE_VALIDATOR_VERSION);
+    app.require_subcommand(1);
+    AddValidateCommand(app, filesBehindDashes, chosen);
+    app.footer([&app] { return OptionsOf(*app.get_subcommand("validate")) + kFooter; });
+}
+
 Command ParseCommandLine(const std::vector<std::string>& arguments, std::ostream& out,
                          std::ostream& err, ExitCode& exitCode) {
     Command chosen;
     const SWords words(arguments);
-    CLI::App app("Finds every fault in landscape XML files and explains it.",
-                 "landscape-validator");
-    app.set_version_flag("-V,--version", "landscape-validator " LANDSCAPE_VALIDATOR_VERSION);
-    app.require_subcommand(1);
-    AddValidateCommand(app, words.files, chosen);
-    app.footer([&app] { return OptionsOf(*app.get_subcommand("validate")) + kFooter; });
+    CLI::App app;
+    DefineCommands(app, words.files, chosen);
     try {
         std::vector<std::string> remaining = words.words;
         app.parse(remaining);

@@ -23,6 +23,11 @@ using Command = std::function<ExitCode(std::ostream& out, std::ostream& err)>;
 Command ParseCommandLine(const std::vector<std::string>& arguments, std::ostream& out,
                          std::ostream& err, ExitCode& exitCode);
 
+/// Gives `app` the program's name and all its commands with their options; manual pages and
+/// completions are made from the same definitions. `app` refers to `chosen` as long as it lives.
+void DefineCommands(CLI::App& app, const std::vector<std::string>& filesBehindDashes,
+                    Command& chosen);
+
 /// Each adds one command to the program; when the words name it, `chosen` is set while they are
 /// parsed. `filesBehindDashes` are the words behind "--": files whatever they begin with.
 void AddValidateCommand(CLI::App& app, const std::vector<std::string>& filesBehindDashes,
