@@ -55,6 +55,9 @@ public:
     bool ExecuteBoundInsert(std::string_view sql) override;
     void ReleaseBoundInserts() override;
 
+    /// Null when closed; stays this object's.
+    sqlite3* GetHandle() const { return m_connection; }
+
 private:
     bool Fail(const CStringA& message);
     bool EndTransaction(const char* sql);
