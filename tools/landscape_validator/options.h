@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "rule_options.h"
 #include "severity.h"
 
 #include <string>
@@ -13,6 +14,7 @@ struct SOptions {
     std::vector<std::string> files;
     std::string outputFolder = "landscape-report";
     std::string configFolder; ///< replaces the application-data folder when not empty
+    SRuleOptions rules;
     int keepBackups = 5;
     Severity failOn = Severity::Error; ///< None: findings never fail the run
     bool showAll = false;

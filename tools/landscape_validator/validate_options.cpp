@@ -21,6 +21,8 @@ Exit codes:
 Examples:
   landscape-validator landscape.xml
   landscape-validator -o report --fail-on warning central.xml local.xml
+  landscape-validator --disable-rule 30 --severity 3=error landscape.xml
+  landscape-validator --rules site-rules.xml landscape.xml
 )";
 
 constexpr int kMaxBackups = 1000000;
@@ -79,6 +81,7 @@ void AddValidateCommand(CLI::App& app, const std::vector<std::string>& filesBehi
     command.add_option("FILE", words->options.files, "Landscape XML files to validate");
     AddOutputOptions(command, *words);
     AddThresholdOptions(command, *words);
+    AddRuleOptions(command, words->options.rules);
     AddEnvironmentOptions(command, *words);
     command.callback([words, filesBehindDashes, &chosen] {
         SOptions options = words->options;
