@@ -20,15 +20,20 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr char kResults[] = "ValidationResults";
-constexpr int kInstructionsBetweenChecks = 1000;
-constexpr sqlite3_int64 kMemory = sqlite3_int64{512} * 1024 * 1024;
-// Instructions times bytes: a second or two.
-constexpr std::uint64_t kRegexpCost = 200'000'000;
+constexpr int kInstructionsBetweenChecks = 20;
+constexpr sqlite3_int64 kMemory = sqlite3_int64{256} * 1024 * 1024;
+// Instructions times bytes: a part of a second.
+constexpr std::uint64_t kRegexpCost = 50'000'000;
 
-// Functions such as instr and LIKE take time in proportion to the product of their arguments'
-// lengths and are never interrupted; with these lengths they end after seconds.
+// These functions take time in proportion to the product of their arguments' lengths, and SQLite
+// looks at the clock only where a program jumps, never within a call or between those of one row.
+// So their number in a statement is bounded, and with the lengths below each ends soon.
+constexpr std::array<std::string_view, 9> kCostlyFunctions = {
+    "instr", "replace", "trim", "ltrim", "rtrim", "like", "glob", "regexp", "regexpi"};
+constexpr int kMostCostlyCalls = 20;
+
 constexpr std::array kLimits = {
-    std::pair{SQLITE_LIMIT_LENGTH, 1'000'000},
+    std::pair{SQLITE_LIMIT_LENGTH, 200'000},
     std::pair{SQLITE_LIMIT_SQL_LENGTH, 1'000'000},
     std::pair{SQLITE_LIMIT_LIKE_PATTERN_LENGTH, 1'000},
     std::pair{SQLITE_LIMIT_ATTACHED, 0},
@@ -59,6 +64,13 @@ bool EqualIgnoringCase(std::string_view left, const char* right) {
     return sqlite3_stricmp(std::string(left).c_str(), right) == 0;
 }
 
+template <std::size_t count>
+bool Contains(const std::array<std::string_view, count>& names, std::string_view name) {
+    return std::any_of(names.begin(), names.end(), [name](std::string_view item) {
+        return EqualIgnoringCase(name, std::string(item).c_str());
+    });
+}
+
 /// What a denied action is called; its objects come from the statement.
 std::string DescribeAction(int action, std::string_view object, std::string_view function) {
     if (object.starts_with("sqlite_") && action != SQLITE_PRAGMA) {
@@ -86,6 +98,7 @@ struct CStatementGuard::SState {
     bool begun = false;
     bool hasInsert = false;
     bool timedOut = false;
+    int costlyCalls = 0; ///< in the statement that is being prepared
     std::string denied;
     std::string failure;
     std::array<int, kLimits.size()> previousLimits{};
@@ -101,11 +114,8 @@ struct CStatementGuard::SState {
             case SQLITE_RECURSIVE:
                 return true;
             case SQLITE_FUNCTION:
-                return std::none_of(kRefusedFunctions.begin(), kRefusedFunctions.end(),
-                                    [function](std::string_view name) {
-                                        return EqualIgnoringCase(function,
-                                                                 std::string(name).c_str());
-                                    });
+                costlyCalls += Contains(kCostlyFunctions, function) ? 1 : 0;
+                return !Contains(kRefusedFunctions, function) && costlyCalls <= kMostCostlyCalls;
             case SQLITE_INSERT:
                 if (access == GuardAccess::InsertResults && EqualIgnoringCase(object, kResults) &&
                     schema == "temp") {
@@ -124,7 +134,9 @@ struct CStatementGuard::SState {
         if (state.Allows(action, TextOf(object), TextOf(second), TextOf(schema))) {
             return SQLITE_OK;
         }
-        if (state.denied.empty()) {
+        if (state.denied.empty() && state.costlyCalls > kMostCostlyCalls) {
+            state.denied = "more than 20 searches in texts in one statement";
+        } else if (state.denied.empty()) {
             state.denied = DescribeAction(action, TextOf(object), TextOf(second));
         }
         return SQLITE_DENY;
@@ -211,12 +223,17 @@ void CStatementGuard::Lift() {
     }
 }
 
+void CStatementGuard::BeginStatement() {
+    m_state->denied.clear();
+    m_state->costlyCalls = 0;
+}
+
 bool CStatementGuard::Prepare(const std::string& sql) {
     SState& state = *m_state;
     if (!state.begun) {
         return false;
     }
-    state.denied.clear();
+    BeginStatement();
     sqlite3_stmt* prepared = nullptr;
     const int code = sqlite3_prepare_v2(state.connection, sql.c_str(), -1, &prepared, nullptr);
     const Statement statement(prepared);
@@ -228,7 +245,7 @@ bool CStatementGuard::Run(const std::string& sql) {
     if (!state.begun) {
         return false;
     }
-    state.denied.clear();
+    BeginStatement();
     sqlite3_stmt* prepared = nullptr;
     int code = sqlite3_prepare_v2(state.connection, sql.c_str(), -1, &prepared, nullptr);
     const Statement statement(prepared);
@@ -327,7 +344,7 @@ std::string CStatementGuard::Describe(int code) const {
         return "stopped: the time limit is over";
     }
     if ((code & 0xff) == SQLITE_NOMEM) {
-        return "stopped: it needs more than 512 MB of memory";
+        return "stopped: it needs more than 256 MB of memory";
     }
     return state.connection == nullptr ? "there is no database" : sqlite3_errmsg(state.connection);
 }

@@ -42,6 +42,8 @@ public:
 
     /// Runs one statement to its end. False when it was refused, failed or was stopped.
     bool Run(const std::string& sql);
+    /// To be called before a statement that is prepared on the connection beside the guard.
+    void BeginStatement();
     /// Only prepares it: tells what is wrong without any effect.
     bool Prepare(const std::string& sql);
     /// Lifts the guard and moves the inserted rows into the results, with the rule's id, their

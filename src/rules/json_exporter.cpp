@@ -95,8 +95,11 @@ bool CJsonExporter::ReadGuarded(const std::string& source, std::string& json) {
     std::string columns;
     std::shared_ptr<IRecordset> recordset;
     // Row by row: the guard bounds the length of a value, and the array is none.
-    if (!ReadColumnList(source, columns) ||
-        !m_processor->DB_ExecuteQuery(
+    if (!ReadColumnList(source, columns)) {
+        return fail(guard.GetFailure());
+    }
+    guard.BeginStatement();
+    if (!m_processor->DB_ExecuteQuery(
             Format("SELECT json_object(%s) FROM (%s);", columns.c_str(), source.c_str()).c_str(),
             recordset)) {
         return fail(guard.GetFailure());

@@ -20,6 +20,14 @@ constexpr char kInsert[] =
     "INSERT INTO ValidationResults (RuleId, ResultDescription, UUID, "
     "file_id) ";
 
+std::string Repeated(const std::string& text, int count) {
+    std::string all;
+    while (count-- > 0) {
+        all += text;
+    }
+    return all;
+}
+
 class CGuardedRuleTest : public CProcessorTest {
 protected:
     CGuardedRuleTest() : m_processor(NewLandscape(kLandscape)), m_rules(m_processor, _bstr_t()) {
@@ -111,11 +119,13 @@ TEST_F(CGuardedRuleTest, HostileBodiesBecomeOneRuntimeErrorAndChangeNothing) {
          ""},
         {"INSERT INTO temp.ValidationResults (RuleId) VALUES ('40')", "the rule id '40'"},
         {insert + "SELECT @ruleid, zeroblob(1000000000), 's1', '0'", "too big"},
-        {"SELECT regexp('((a{0,99}){0,99}){0,99}b', printf('%*d', 500000, 1))",
+        {"SELECT regexp('((a{0,99}){0,99}){0,99}b', printf('%*d', 90000, 1))",
          "too large together"},
-        {"WITH RECURSIVE c(x) AS (SELECT randomblob(900000) UNION ALL SELECT randomblob(900000) "
+        {"WITH RECURSIVE c(x) AS (SELECT randomblob(150000) UNION ALL SELECT randomblob(150000) "
          "FROM c) SELECT count(*) FROM (SELECT x FROM c ORDER BY x)",
          "stopped: "},
+        {"SELECT " + Repeated("instr('a', 'b') + ", 20) + "('a' LIKE 'b')",
+         "not allowed: more than 20 searches"},
         {insert + "SELECT @ruleid, 'kept not', 's1', '0'; nonsense", "statement 2 of 2: near"},
         {insert + "SELECT @ruleid, 'kept not', 's1', '0'; DROP TABLE Files; DROP TABLE Items",
          "statement 2 of 3: not allowed"},

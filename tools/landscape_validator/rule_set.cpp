@@ -200,7 +200,7 @@ bool CRuleSet::LoadInto(CRulesProcessor& processor) const {
 
 std::shared_ptr<IRule> AddRule(CRulesProcessor& processor, const SRuleElement& element,
                                std::chrono::milliseconds timeLimit) {
-    const std::shared_ptr<IRule> rule = processor.AddGuardedRule(timeLimit);
+    std::shared_ptr<IRule> rule = processor.AddGuardedRule(timeLimit);
     rule->id = element.Get("id").c_str();
     rule->name = element.Get("name").c_str();
     rule->type = element.Get("type").c_str();
@@ -214,7 +214,7 @@ std::shared_ptr<IRule> AddRule(CRulesProcessor& processor, const SRuleElement& e
 
 std::shared_ptr<IRule> AddAction(CRulesProcessor& processor, const SRuleElement& element,
                                  std::chrono::milliseconds timeLimit) {
-    const std::shared_ptr<IRule> rule = processor.AddGuardedExportRule(timeLimit);
+    std::shared_ptr<IRule> rule = processor.AddGuardedExportRule(timeLimit);
     rule->id = element.Get("id").c_str();
     rule->name = element.Get("name").c_str();
     rule->msg = element.Get("msg").c_str();
