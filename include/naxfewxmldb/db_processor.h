@@ -77,6 +77,12 @@ public:
     /// Opens `UILandscape.db` in the user's local application-data folder. With `backup` an
     /// existing file is first moved to a dated copy beside it.
     bool Initialize(bool backup);
+    /// Opens a database in memory instead, with all tables as they are after a commit and before
+    /// the rules run, but without data: for checks that need the tables only. Nothing is written.
+    bool InitializeInMemory();
+    /// Takes schema and stylesheet from `mapper` from now on; not to be empty. To be called before
+    /// the tables are made. What else is built in stays.
+    void SetMapper(const std::shared_ptr<CXsdToDDLMapper>& mapper);
     /// Closes the connection and lets go of the shared objects. The object cannot be initialised
     /// again.
     void UnInitialize();

@@ -24,16 +24,16 @@ public:
     /// One statement of the body with the rule's placeholders filled in.
     virtual CStringA PreprocessQuery(const CStringA& query) = 0;
 
-    CStringA id;       ///< key of the rule's rows in `ValidationResults` and `Rules`
-    CStringA name;     ///< short title
-    CStringA msg;      ///< message of a violation, a printf format for the body
-    CStringA body;     ///< SQL, statements separated by ";"
-    CStringA type;     ///< "Failed", "Warning" or "Info"
-    CStringA lang;     ///< language of the body, stored only
-    CStringA params;   ///< stored only
-    CStringA solution; ///< suggested fix, a link or a text
-    CStringA output;   ///< file name of an export's result
-    CStringA reserved;
+    CStringA id;             ///< key of the rule's rows in `ValidationResults` and `Rules`
+    CStringA name;           ///< short title
+    CStringA msg;            ///< message of a violation, a printf format for the body
+    CStringA body;           ///< SQL, statements separated by ";"
+    CStringA type;           ///< "Failed", "Warning" or "Info"
+    CStringA lang;           ///< language of the body, stored only
+    CStringA params;         ///< stored only
+    CStringA solution;       ///< suggested fix, a link or a text
+    CStringA output;         ///< file name of an export's result
+    CStringA reserved;       ///< of a guarded export: why its last run failed
     CStringA outputFolder;   ///< run context of an export
     CStringA reportPagePath; ///< run context of an export
     CStringA styleSheetPath; ///< run context of an export

@@ -8,6 +8,7 @@
 #include <naxfewxmldb/text_types.h>
 
 #include <atomic>
+#include <chrono>
 #include <map>
 #include <memory>
 #include <string>
@@ -52,6 +53,19 @@ public:
     /// Replaces the content of table `Rules`; the result is that of the last rule.
     bool ToTable();
     bool RuleToTable(const std::shared_ptr<IRule>& rule);
+    /// Goes on with these rules, in this order, in place of the loaded ones. Table `Rules` stays as
+    /// it is until ToTable.
+    void SetRules(std::vector<std::shared_ptr<IRule>> rules);
+    /// Appends a rule from elsewhere, whose texts are empty for the caller to fill before ToTable.
+    ///
+    /// Its body may read everything and insert into `ValidationResults` under the rule's own id,
+    /// where it sees its own rows only; of these text, uuid and file are kept. It is stopped after
+    /// `timeLimit` and bounded in memory, and must not be run inside a transaction. What is denied,
+    /// stopped or fails becomes the rule's one result, a runtime error, in place of all its rows.
+    std::shared_ptr<IRule> AddGuardedRule(std::chrono::milliseconds timeLimit);
+    /// What keeps a guarded rule or export from running, one text a fault and statement: nothing
+    /// is run, but each statement is prepared as when it runs. Empty also for rules not guarded.
+    std::vector<std::string> CheckBody(const std::shared_ptr<IRule>& rule) const;
     /// Runs every rule, then every rule's PostRun. The result is that of the last rule's run,
     /// false without rules. Each call adds rows.
     bool Execute();
@@ -69,6 +83,15 @@ public:
     /// the path) behind those already loaded. The result is whether the document could be loaded.
     bool LoadExportRules(const _bstr_t& exportRulesPath);
     std::vector<std::shared_ptr<IRule>> GetRulesExport() const;
+    /// Goes on with these export rules, in this order, in place of the loaded ones.
+    void SetRulesExport(std::vector<std::shared_ptr<IRule>> rules);
+    /// Appends an export from elsewhere, whose texts are empty for the caller to fill. Its body may
+    /// read everything and change nothing, and is stopped after `timeLimit`. Its `output` must be a
+    /// name that IsExportFileName accepts. After a failed run, its field `reserved` says why.
+    std::shared_ptr<IRule> AddGuardedExportRule(std::chrono::milliseconds timeLimit);
+    /// Whether a guarded export may write a file of that name: letters, digits, "-", "_" and ".",
+    /// no "." at the beginning, ".json" at the end.
+    static bool IsExportFileName(const std::string& name);
     /// Runs every export rule on a thread of its own, then every rule's PostRun, which writes the
     /// report page with its style sheet, icon font and logo to `outputFolder`.
     ///

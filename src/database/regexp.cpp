@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "regexp_compiler.h"
+#include "regexp_cost.h"
 #include "regexp_matcher.h"
 
 namespace Nax::FrontEnd::XMLDB {
@@ -57,6 +58,8 @@ void ReportMatch(sqlite3_context* context, const SRegexpProgram& program, sqlite
     const std::string_view subject = TextOf(argument);
     if (subject.data() == nullptr) {
         ReportMissingText(context, argument);
+    } else if (!CRegexpCostLimit::Allows(program.Size(), subject.size())) {
+        sqlite3_result_error(context, "regexp: pattern and text are too large together", -1);
     } else {
         sqlite3_result_int(context, MatchRegexp(program, subject));
     }

@@ -56,6 +56,9 @@ public:
     void ReleaseBoundInserts() override;
     std::unique_ptr<IRecordInsert> PrepareRecordInsert(const std::string& sql) override;
 
+    /// Null when closed; stays this object's.
+    sqlite3* GetHandle() const { return m_connection; }
+
 private:
     bool Fail(const CStringA& message);
     bool EndTransaction(const char* sql);

@@ -2,6 +2,7 @@
 #include "rules/export_rule.h"
 
 #include <naxfewxmldb/db_processor.h>
+#include <naxfewxmldb/rules_processor.h>
 
 #include "rules/json_exporter.h"
 #include "rules/report_files.h"
@@ -65,8 +66,16 @@ std::vector<std::string> CExportRule::GetStatements(const IRule& rule) {
 bool CExportRule::Run() {
     NAX_TRACE(kClass, "\n\n### RUNNING export rule, id: %s\n", id.GetString());
     m_json.clear();
+    reserved.Empty();
     if (m_processor == nullptr) {
         return false;
+    }
+    if (IsGuarded()) {
+        m_deadline = std::chrono::steady_clock::now() + *m_timeLimit;
+        if (!CRulesProcessor::IsExportFileName(output.GetString())) {
+            reserved = "not allowed: the name of its output";
+            return false;
+        }
     }
     CJsonExporter exporter(m_processor, *this);
     const std::vector<std::string> statements = GetStatements(*this);
@@ -76,8 +85,9 @@ bool CExportRule::Run() {
             NAX_TRACE_ERROR(kClass, "Invalid output JSON file name: '%s', export rule id: '%s'\n",
                             output.GetString(), id.GetString());
         }
-        const std::string view =
-            m_context.debugSwitch != 0 ? kDebugPrefix + GetBaseName() : std::string();
+        const std::string view = m_context.debugSwitch != 0 && !IsGuarded()
+                                     ? kDebugPrefix + GetBaseName()
+                                     : std::string();
         result = exporter.Export(statements[index], GetFileName(index, statements.size()), view);
     }
     return result;

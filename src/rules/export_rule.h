@@ -3,7 +3,9 @@
 
 #include <naxfewxmldb/rule.h>
 
+#include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -56,6 +58,11 @@ public:
     void KeepJson(std::string json);
     /// The statements of a rule's body, in order.
     static std::vector<std::string> GetStatements(const IRule& rule);
+    /// Makes it an export from elsewhere: read only, bounded in time, file names checked.
+    void SetGuard(std::chrono::milliseconds timeLimit) { m_timeLimit = timeLimit; }
+    bool IsGuarded() const { return m_timeLimit.has_value(); }
+    /// Of a guarded export's run: when it must have ended.
+    std::chrono::steady_clock::time_point GetDeadline() const { return m_deadline; }
     /// Whether the last PostRun wrote all files.
     bool IsReportWritten() const { return m_reportWritten; }
 
@@ -67,6 +74,8 @@ private:
     std::string m_resultText;
     SExportContext m_context;
     std::string m_json;
+    std::optional<std::chrono::milliseconds> m_timeLimit;
+    std::chrono::steady_clock::time_point m_deadline;
     bool m_reportWritten = false;
 };
 

@@ -3,6 +3,7 @@
 
 #include <naxfewxmldb/db_processor.h>
 
+#include "database/statement_guard.h"
 #include "platform/files.h"
 #include "rules/export_rule.h"
 #include "support/file_utils.h"
@@ -15,6 +16,7 @@ namespace {
 
 constexpr char kClass[] = "Nax::FrontEnd::XMLDB::CJsonExporter";
 constexpr char kResultColumn[] = "_EEXP_RES";
+constexpr std::size_t kMaxGuardedBytes = std::size_t{256} * 1024 * 1024;
 
 } // namespace
 
@@ -58,6 +60,9 @@ bool CJsonExporter::ReadColumnList(const std::string& source, std::string& list)
 
 bool CJsonExporter::ReadJson(const std::string& source, std::string& json) {
     const std::lock_guard turn(s_databaseTurn);
+    if (m_rule.IsGuarded()) {
+        return ReadGuarded(source, json);
+    }
     std::string columns;
     if (!ReadColumnList(source, columns)) {
         return false;
@@ -79,6 +84,38 @@ bool CJsonExporter::ReadJson(const std::string& source, std::string& json) {
     }
     json = recordset->GetString(kResultColumn).GetString();
     return !json.empty();
+}
+
+bool CJsonExporter::ReadGuarded(const std::string& source, std::string& json) {
+    CStatementGuard guard(*m_processor->GetDatabase(), GuardAccess::ReadOnly, m_rule.GetDeadline());
+    const auto fail = [this](const std::string& reason) {
+        m_rule.reserved = reason.c_str();
+        return false;
+    };
+    std::string columns;
+    std::shared_ptr<IRecordset> recordset;
+    // Row by row: the guard bounds the length of a value, and the array is none.
+    if (!ReadColumnList(source, columns)) {
+        return fail(guard.GetFailure());
+    }
+    guard.BeginStatement();
+    if (!m_processor->DB_ExecuteQuery(
+            Format("SELECT json_object(%s) FROM (%s);", columns.c_str(), source.c_str()).c_str(),
+            recordset)) {
+        return fail(guard.GetFailure());
+    }
+    json = "[";
+    while (recordset->MoveNext()) {
+        json.append(json.size() == 1 ? "" : ",").append(recordset->GetString(0).GetString());
+        if (json.size() > kMaxGuardedBytes) {
+            return fail("stopped: its result is longer than 256 MB");
+        }
+    }
+    if (guard.IsBroken()) {
+        return fail(guard.GetFailure());
+    }
+    json.append("]");
+    return true;
 }
 
 bool CJsonExporter::Deliver(std::string json, const std::string& fileName) {

@@ -29,6 +29,7 @@ public:
 
 private:
     bool ReadColumnList(const std::string& source, std::string& list);
+    bool ReadGuarded(const std::string& source, std::string& json);
     bool ReadJson(const std::string& source, std::string& json);
     bool Deliver(std::string json, const std::string& fileName);
 

@@ -11,7 +11,7 @@ namespace LandscapeValidator {
 
 namespace {
 
-constexpr std::array<std::string_view, 2> kCommands = {"validate", "collect"};
+constexpr std::array<std::string_view, 4> kCommands = {"validate", "collect", "rules", "schema"};
 constexpr std::array<std::string_view, 4> kOwnOptions = {"-h", "--help", "-V", "--version"};
 
 constexpr char kFooter[] = R"(
@@ -25,6 +25,7 @@ Exit codes:
 Examples:
   landscape-validator landscape.xml
   landscape-validator validate -o report --fail-on warning central.xml local.xml
+  landscape-validator rules explain 8
 
 "landscape-validator COMMAND --help" tells more of each command.
 )";
@@ -74,6 +75,8 @@ void DefineCommands(CLI::App& app, const std::vector<std::string>& filesBehindDa
     app.require_subcommand(1);
     AddValidateCommand(app, filesBehindDashes, chosen);
     AddCollectCommand(app, filesBehindDashes, chosen);
+    AddRulesCommand(app, filesBehindDashes, chosen);
+    AddSchemaCommand(app, chosen);
     app.footer([&app] { return OptionsOf(*app.get_subcommand("validate")) + kFooter; });
 }
 

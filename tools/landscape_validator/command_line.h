@@ -34,6 +34,9 @@ void AddValidateCommand(CLI::App& app, const std::vector<std::string>& filesBehi
                         Command& chosen);
 void AddCollectCommand(CLI::App& app, const std::vector<std::string>& filesBehindDashes,
                        Command& chosen);
+void AddRulesCommand(CLI::App& app, const std::vector<std::string>& filesBehindDashes,
+                     Command& chosen);
+void AddSchemaCommand(CLI::App& app, Command& chosen);
 
 /// Lets an option be given several times with one value each, so that it does not take the words
 /// behind it for more of its values.

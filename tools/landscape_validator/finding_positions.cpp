@@ -66,6 +66,8 @@ constexpr std::array kKnownRules = {
                "WHERE target.uuid = Services.link)"},
 };
 
+constexpr int kNoRule = -1;
+
 constexpr char kFindings[] =
     "SELECT pk, RuleId, UUID, file_id, ResultDescription, Msg, UUID IS NULL "
     "FROM ValidationResults WHERE file_id <> '' AND ResultId NOT IN ('1', '4') "
@@ -222,7 +224,7 @@ std::string BodyOf(CDBProcessor& processor, int ruleId) {
 } // namespace
 
 FindingLines LocateFindings(CDBProcessor& processor, const CLandscapeTables& tables,
-                            const CElementPositions& positions) {
+                            const CElementPositions& positions, bool builtInRules) {
     FindingLines lines;
     std::shared_ptr<IRecordset> rows;
     if (!processor.DB_ExecuteQuery(kFindings, rows)) {
@@ -233,7 +235,8 @@ FindingLines LocateFindings(CDBProcessor& processor, const CLandscapeTables& tab
     while (rows->MoveNext()) {
         const int ruleId = rows->GetInt(1);
         if (locator == nullptr || ruleId != locatedRule) {
-            locator = std::make_unique<CRuleLocator>(processor, ruleId, BodyOf(processor, ruleId));
+            locator = std::make_unique<CRuleLocator>(processor, builtInRules ? ruleId : kNoRule,
+                                                     BodyOf(processor, ruleId));
             locatedRule = ruleId;
         }
         if (rows->GetInt(6) != 0) {

@@ -16,9 +16,11 @@ using FindingLines = std::map<long, long>;
 /// Results name an entry by file and uuid, which several entries may share. Of a built-in rule it
 /// is known which table it looks at and which values its message quotes; of any other rule the
 /// first table behind FROM is taken for the one it looks at, and the other tables are tried after
-/// it. Equal findings are given to equal entries in turn. To be called while indexes on the ids are
-/// there and before columns of the results are dropped.
+/// it. Without `builtInRules` the ids say nothing. Equal findings are given to equal entries in
+/// turn. To be called while indexes on the ids are there and before columns of the results are
+/// dropped.
 FindingLines LocateFindings(Nax::FrontEnd::XMLDB::CDBProcessor& processor,
-                            const CLandscapeTables& tables, const CElementPositions& positions);
+                            const CLandscapeTables& tables, const CElementPositions& positions,
+                            bool builtInRules = true);
 
 } // namespace LandscapeValidator

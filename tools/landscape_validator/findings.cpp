@@ -89,7 +89,15 @@ bool SFindings::Reach(Severity threshold) const {
 
 bool SFindings::AnyRaised() const {
     return std::any_of(findings.begin(), findings.end(),
-                       [](const SFinding& f) { return f.gate != f.severity; });
+                       [](const SFinding& f) { return f.gate < f.severity; });
+}
+
+void SFindings::SetSchemaGate(Severity gate) {
+    for (SFinding& finding : findings) {
+        if (finding.violations != nullptr && finding.violations->wellFormed) {
+            finding.gate = gate;
+        }
+    }
 }
 
 SFindings CollectFindings(CDBProcessor& processor, const std::vector<SFileOutcome>& outcomes,

@@ -49,6 +49,9 @@ struct SFindings {
     bool Reach(Severity threshold) const;
     /// True when a finding counts for more than it is shown as.
     bool AnyRaised() const;
+    /// Lets violations of the schema count as `gate` for the exit code. Files that cannot be used
+    /// still count as errors: they were not checked.
+    void SetSchemaGate(Severity gate);
 };
 
 /// Reads the rules' findings from the database and joins the schema check's outcomes, which must

@@ -51,7 +51,8 @@ CLandscapeLoader::CLandscapeLoader(CDBProcessor& processor, CFileList& files)
     : m_processor(processor),
       m_files(files),
       m_tables(processor),
-      m_schema(processor.GetXsd()),
+      m_schema(processor.GetXsdFile().empty() ? processor.GetXsd()
+                                              : _bstr_t(processor.GetXsdFile().c_str())),
       m_recordLoader(processor) {}
 
 CLandscapeLoader::~CLandscapeLoader() = default;
@@ -189,6 +190,16 @@ void CLandscapeLoader::Skip(const SLandscapeFile& file, ResultCodes code, const 
         "\nSource: \nLine: 0\n</p><p>\n<strong>Issue # 1</strong>: " + whole +
         "\n<strong>Source:</strong> \n<strong>Line:</strong> 0\n</p>";
     m_findings[_bstr_t(file.url.c_str())] = {_bstr_t(message.c_str()), code};
+}
+
+void CLandscapeLoader::ForgetViolations() {
+    for (std::size_t index = 0; index < m_outcomes.size(); ++index) {
+        SFileOutcome& outcome = m_outcomes[index];
+        if (outcome.note.empty() && outcome.result.wellFormed) {
+            outcome = {};
+            m_findings[_bstr_t(m_files[index].url.c_str())].second = outcome.code;
+        }
+    }
 }
 
 bool CLandscapeLoader::BeginFile(int index, const std::string& url,

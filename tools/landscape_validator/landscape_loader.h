@@ -51,6 +51,8 @@ public:
     /// By file index, as many as there are files.
     const std::vector<SFileOutcome>& GetOutcomes() const { return m_outcomes; }
     const Nax::FrontEnd::XMLDB::SchemaFindings& GetFindings() const { return m_findings; }
+    /// Lets files that break the schema pass; those that cannot be used stay findings.
+    void ForgetViolations();
     std::size_t GetEntryCount() const { return m_entryCount; }
     const CLandscapeTables& GetTables() const { return m_tables; }
     const CElementPositions& GetPositions() const { return m_positions; }

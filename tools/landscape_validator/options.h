@@ -3,6 +3,7 @@
 
 #include "include_resolver.h"
 #include "input_files.h"
+#include "rule_options.h"
 #include "severity.h"
 
 #include <string>
@@ -17,6 +18,7 @@ struct SOptions {
     SIncludeOptions includes;
     std::string outputFolder = "landscape-report";
     std::string configFolder; ///< replaces the application-data folder when not empty
+    SRuleOptions rules;
     int keepBackups = 5;
     Severity failOn = Severity::Error; ///< None: findings never fail the run
     bool showAll = false;

@@ -72,9 +72,10 @@ std::string CSummary::Bold(const std::string& text) const {
 
 void CSummary::Print(const SFindings& findings, const CFileList& files, std::size_t entries,
                      std::size_t rules) {
-    m_out << fmt::format("Checked {} with {} against the schema and {}.\n",
-                         Plural(files.GetCount(), "file", "files"),
-                         Plural(entries, "entry", "entries"), Plural(rules, "rule", "rules"));
+    m_out << fmt::format(
+        "Checked {} with {} against {}{}.\n", Plural(files.GetCount(), "file", "files"),
+        Plural(entries, "entry", "entries"), m_style.schemaChecked ? "the schema and " : "",
+        Plural(rules, "rule", "rules"));
     PrintRules(findings);
     const SFinding* const end = findings.findings.data() + findings.findings.size();
     for (const SFinding* begin = findings.findings.data(); begin != end;) {

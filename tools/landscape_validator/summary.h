@@ -12,6 +12,7 @@ namespace LandscapeValidator {
 struct SSummaryStyle {
     bool colours = false;
     bool showAll = false;
+    bool schemaChecked = true;
 };
 
 /// Prints what a run found: the rules with their counts, then the findings of each file.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "validate_command.h"
 
+#include "action_export.h"
 #include "backups.h"
 #include "collect_command.h"
 #include "findings.h"
@@ -11,6 +12,8 @@
 #include "printable.h"
 #include "report.h"
 #include "rule_indexes.h"
+#include "rule_set.h"
+#include "schema_files.h"
 #include "summary.h"
 
 #include <fmt/format.h>
@@ -62,10 +65,14 @@ std::string WhyUnreadable(const std::string& path) {
 class CValidateRun {
 public:
     CValidateRun(const SOptions& options, std::ostream& out, std::ostream& err)
-        : m_options(options), m_out(out), m_err(err), m_files(options.includes) {}
+        : m_options(options),
+          m_out(out),
+          m_err(err),
+          m_ruleSet(options.rules),
+          m_files(options.includes) {}
 
     ExitCode Run() {
-        if (!ReadCommandLineFiles() || !PrepareFolder()) {
+        if (!LoadRuleSet() || !ReadCommandLineFiles() || !PrepareFolder()) {
             return ExitCode::Failure;
         }
         if (!FillDatabase() || !RunRules()) {
@@ -79,7 +86,10 @@ public:
         WriteReport();
         // Read after the report, which moves failed results without an entry to "no file": summary
         // and page tell the same.
-        const SFindings findings = CollectFindings(*m_processor, m_loader->GetOutcomes(), m_lines);
+        SFindings findings = CollectFindings(*m_processor, m_loader->GetOutcomes(), m_lines);
+        if (const std::optional<Severity> gate = m_ruleSet.GetSchemaGate()) {
+            findings.SetSchemaGate(*gate);
+        }
         RemoveOldBackups(m_options.outputFolder, m_options.keepBackups);
         RemoveOldSummaries(m_options.outputFolder, m_options.keepBackups + 1);
         return PrintSummary(findings);
@@ -90,6 +100,18 @@ private:
         m_err << kName << PrintableLines(message) << '\n';
         m_complete = false;
         return false;
+    }
+
+    /// Before anything is touched: whatever is wrong with the rules or the schema.
+    bool LoadRuleSet() {
+        if (!m_ruleSet.Load()) {
+            for (const SFileFault& fault : m_ruleSet.GetFaults()) {
+                Fail(fault.Describe());
+            }
+            return false;
+        }
+        const std::string failure = CheckSchemaFiles(m_options.rules.schema);
+        return failure.empty() || Fail(failure);
     }
 
     /// False when there is nothing to validate at all.
@@ -164,7 +186,7 @@ private:
     }
 
     bool FillDatabase() {
-        m_processor = std::make_shared<CDBProcessor>(true, Transactional, _bstr_t(), _bstr_t());
+        m_processor = MakeProcessor(m_options.rules.schema, Transactional);
         if (!m_processor->Process(createDB, std::wstringstream())) {
             return FailDatabase("the database cannot be made");
         }
@@ -191,13 +213,17 @@ private:
         done = m_processor->Process(CreateResultsTable, std::wstringstream()) && done;
         done = m_processor->Process(CreateRulesTable, std::wstringstream()) && done;
         m_rules = std::make_unique<CRulesProcessor>(m_processor, _bstr_t());
-        done = m_rules->LoadRules(_bstr_t()) && done;
+        done = m_ruleSet.LoadInto(*m_rules) && done;
+        if (!m_ruleSet.IsSchemaChosen()) {
+            m_loader->ForgetViolations();
+        }
         {
             CRuleIndexes indexes(*m_processor);
-            done = m_rules->Execute() && done;
+            done = (m_rules->GetRules().empty() || m_rules->Execute()) && done;
             m_rules->PreProcess(m_loader->GetFindings());
             indexes.AddForLookUps();
-            m_lines = LocateFindings(*m_processor, m_loader->GetTables(), m_loader->GetPositions());
+            m_lines = LocateFindings(*m_processor, m_loader->GetTables(), m_loader->GetPositions(),
+                                     m_ruleSet.HasBuiltInRules());
         }
         ShowProgress({});
         return done || FailDatabase("the rules cannot be run");
@@ -209,9 +235,13 @@ private:
         ShowProgress("Writing the report");
         m_report = std::make_unique<CReport>(*m_processor, *m_rules, m_options.outputFolder);
         const bool written = m_report->Write(m_options.writeJson);
+        const std::string failure = ExportActions(*m_rules, m_ruleSet, m_options.outputFolder);
         ShowProgress({});
         if (!written) {
             Fail(m_report->GetFailure() + " into '" + m_options.outputFolder + "'");
+        }
+        if (!failure.empty()) {
+            Fail(failure);
         }
     }
 
@@ -230,7 +260,7 @@ private:
         const char* noColour = std::getenv("NO_COLOR");
         const bool colours =
             IsStandardOutputTerminal() && (noColour == nullptr || *noColour == '\0');
-        CSummary summary(m_out, {colours, m_options.showAll});
+        CSummary summary(m_out, {colours, m_options.showAll, m_ruleSet.IsSchemaChosen()});
         summary.Print(findings, m_files, m_loader->GetEntryCount(), m_rules->GetRules().size());
         summary.PrintPageCounts(m_report->ReadPageCounts());
         Collect();
@@ -263,6 +293,7 @@ private:
     const SOptions& m_options;
     std::ostream& m_out;
     std::ostream& m_err;
+    CRuleSet m_ruleSet;
     bool m_complete = true;                    ///< false once a file or a step was not done
     std::unique_ptr<IScratchFolder> m_scratch; ///< holds the copy of standard input
     CFileList m_files;

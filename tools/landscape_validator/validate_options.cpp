@@ -26,6 +26,8 @@ Examples:
   landscape-validator -o report --fail-on warning central.xml local.xml
   landscape-validator --remote-includes conf/
   curl -s https://host.example/landscape.xml | landscape-validator -
+  landscape-validator --disable-rule 30 --severity 3=error landscape.xml
+  landscape-validator --rules site-rules.xml landscape.xml
 
 What every option is called in a file or in the environment: --show-config; the environment has
 LANDSCAPE_VALIDATOR_ before the name, such as LANDSCAPE_VALIDATOR_FAIL_ON=warning.
@@ -118,6 +120,7 @@ void AddValidateCommand(CLI::App& app, const std::vector<std::string>& filesBehi
     AddIncludeOptions(command, words->options.includes);
     AddOutputOptions(command, *words);
     AddThresholdOptions(command, *words);
+    AddRuleOptions(command, words->options.rules);
     AddEnvironmentOptions(command, *words);
     CConfiguration::AddOptions(command, words->configuration);
     command.callback([words, filesBehindDashes, &command, files, &chosen] {

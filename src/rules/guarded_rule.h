@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "rules/sql_rule.h"
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+namespace Nax::FrontEnd::XMLDB {
+
+/// A validation rule from elsewhere: its body runs behind a guard that lets it insert results of
+/// its own and change nothing else.
+///
+/// The first statement that is denied, is stopped or fails ends the rule: its rows are dropped and
+/// one row with result code 2 says why. None of its texts reaches a statement unescaped. Otherwise
+/// as CSqlRule.
+class CGuardedRule : public CSqlRule {
+public:
+    CGuardedRule(const std::shared_ptr<CDBProcessor>& processor,
+                 std::chrono::milliseconds timeLimit);
+    ~CGuardedRule() override;
+
+    bool Run() override;
+    CStringA PostRun() override;
+    /// A text for each fault of the body; see CRulesProcessor::CheckBody.
+    std::vector<std::string> Check();
+
+private:
+    std::string RunBody();
+    bool InsertFailure(const std::string& reason);
+    std::vector<std::string> Statements() const;
+
+    std::shared_ptr<CDBProcessor> m_processor;
+    std::chrono::milliseconds m_timeLimit;
+};
+
+/// "statement 2 of 3: " where there are several.
+std::string StatementLabel(std::size_t index, std::size_t count);
+
+} // namespace Nax::FrontEnd::XMLDB

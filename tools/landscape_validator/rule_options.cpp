@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "rule_options.h"
+
+#include "command_line.h"
+
+#include <CLI/CLI.hpp>
+
+#include <cmath>
+
+namespace LandscapeValidator {
+
+namespace {
+
+constexpr double kShortestLimit = 0.1;
+constexpr double kLongestLimit = 86400;
+constexpr char kGroup[] = "Rules";
+
+} // namespace
+
+void AddRuleSourceOptions(CLI::App& command, SRuleSources& sources) {
+    Repeatable(command.add_option("--rules", sources.ruleFiles,
+                                  "Also run the rules of this file (repeatable)"))
+        ->option_text("FILE")
+        ->group(kGroup);
+    command
+        .add_flag_callback(
+            "--no-built-in-rules", [&sources] { sources.builtIn = false; },
+            "Leave the built-in rules out")
+        ->group(kGroup);
+}
+
+void AddSchemaOptions(CLI::App& command, SSchemaFiles& files) {
+    command.add_option("--schema", files.schema, "XML schema to use instead of the built-in one")
+        ->option_text("FILE")
+        ->group(kGroup);
+    command
+        .add_option("--stylesheet", files.stylesheet,
+                    "Stylesheet that makes the tables from the schema, instead of the built-in one")
+        ->option_text("FILE")
+        ->group(kGroup);
+}
+
+void AddRuleOptions(CLI::App& command, SRuleOptions& options) {
+    SRuleChoice& choice = options.choice;
+    Repeatable(command.add_option("--disable-rule", choice.disabled,
+                                  "Leave this rule out; \"schema\" is the schema check "
+                                  "(repeatable)"))
+        ->option_text("ID")
+        ->group(kGroup);
+    Repeatable(
+        command.add_option("--only-rule", choice.only, "Run this rule and no other (repeatable)"))
+        ->option_text("ID")
+        ->group(kGroup);
+    Repeatable(command.add_option("--severity", choice.severities,
+                                  "Severity of a rule: error, warning, info (repeatable)"))
+        ->option_text("ID=LEVEL")
+        ->group(kGroup);
+    AddRuleSourceOptions(command, options.sources);
+    command
+        .add_option_function<double>(
+            "--rule-timeout",
+            [&options](double seconds) {
+                options.sources.timeLimit = std::chrono::milliseconds(std::llround(seconds * 1000));
+            },
+            "Longest time that one rule or action of a file may take")
+        ->option_text("SECONDS [30]")
+        ->check(CLI::Range(kShortestLimit, kLongestLimit).description(""))
+        ->group(kGroup);
+    Repeatable(command.add_option("--actions", options.actionFiles,
+                                  "Also write what the actions of this file select, as JSON files "
+                                  "(repeatable)"))
+        ->option_text("FILE")
+        ->group(kGroup);
+    AddSchemaOptions(command, options.schema);
+}
+
+} // namespace LandscapeValidator

@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "schema_command.h"
+
+#include "command_line.h"
+#include "printable.h"
+#include "schema_files.h"
+
+#include <CLI/CLI.hpp>
+
+#include <memory>
+
+namespace LandscapeValidator {
+
+using namespace Nax::FrontEnd::XMLDB;
+
+namespace {
+
+constexpr char kName[] = "landscape-validator: ";
+
+constexpr char kFooter[] = R"(
+Examples:
+  landscape-validator schema print > landscape.xsd
+  landscape-validator schema ddl | sqlite3 empty.db
+)";
+
+constexpr char kTables[] =
+    "SELECT sql FROM sqlite_master WHERE type = 'table' AND name NOT LIKE 'sqlite!_%' ESCAPE '!' "
+    "ORDER BY name";
+
+bool Check(const SSchemaFiles& files, std::ostream& err) {
+    const std::string failure = CheckSchemaFiles(files);
+    if (!failure.empty()) {
+        err << kName << PrintableLines(failure) << '\n';
+    }
+    return failure.empty();
+}
+
+ExitCode Finish(std::ostream& out, std::ostream& err) {
+    if (out.flush()) {
+        return ExitCode::Clean;
+    }
+    err << kName << "standard output cannot be written\n";
+    return ExitCode::Failure;
+}
+
+} // namespace
+
+ExitCode PrintSchema(const SSchemaFiles& files, std::ostream& out, std::ostream& err) {
+    if (!Check(files, err)) {
+        return ExitCode::Failure;
+    }
+    out << ReadSchemaBytes(files);
+    return Finish(out, err);
+}
+
+ExitCode PrintTables(const SSchemaFiles& files, std::ostream& out, std::ostream& err) {
+    if (!Check(files, err)) {
+        return ExitCode::Failure;
+    }
+    const std::shared_ptr<CDBProcessor> processor = MakeProcessor(files, Normal);
+    std::shared_ptr<IRecordset> rows;
+    if (!processor->InitializeInMemory() || !CRulesProcessor(processor, _bstr_t()).Initialize() ||
+        !processor->DB_ExecuteQuery(kTables, rows)) {
+        err << kName << "the tables cannot be made:" << processor->GetLastDBError() << '\n';
+        return ExitCode::Failure;
+    }
+    while (rows->MoveNext()) {
+        out << rows->GetString(0).GetString() << ";\n\n";
+    }
+    return Finish(out, err);
+}
+
+void AddSchemaCommand(CLI::App& app, Command& chosen) {
+    CLI::App& command =
+        *app.add_subcommand("schema", "Show the landscape schema and the tables made from it");
+    command.require_subcommand(1);
+    command.footer(kFooter);
+    const auto files = std::make_shared<SSchemaFiles>();
+    const auto add = [&](const char* name, const char* description, auto run) {
+        CLI::App& sub = *command.add_subcommand(name, description);
+        AddSchemaOptions(sub, *files);
+        sub.footer(kFooter);
+        sub.callback([files, &chosen, run] {
+            chosen = [options = *files, run](std::ostream& out, std::ostream& err) {
+                return run(options, out, err);
+            };
+        });
+    };
+    add("print", "Print the XML schema that landscape files are validated against", PrintSchema);
+    add("ddl", "Print the SQL of the tables that rules read", PrintTables);
+}
+
+} // namespace LandscapeValidator

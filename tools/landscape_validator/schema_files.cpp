@@ -1,0 +1,162 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "schema_files.h"
+
+#include "printable.h"
+
+#include <array>
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <system_error>
+
+namespace LandscapeValidator {
+
+using namespace Nax::FrontEnd::XMLDB;
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int kStylesheetResource = 101;
+constexpr int kSchemaResource = 106;
+
+// What the loader and the commit count on, under the names that the commit gives them.
+constexpr std::array kNeededTables = {"Files",    "Items",      "LDAPS",          "Memos",
+                                      "Nodes",    "Parameters", "Messageservers", "Routers",
+                                      "Services", "Workspaces", "Webdispatchers"};
+
+bool LoadDocument(CXmlDbDocument& document, const std::string& path, int resource) {
+    return path.empty() ? document.LoadXML(CXmlDbDocument::LoadInternalResource(resource, nullptr))
+                        : document.Load(path.c_str());
+}
+
+std::string Absolute(const std::string& path) {
+    return path.empty() ? path : fs::absolute(path).string();
+}
+
+/// Null when a document cannot be loaded; `failure` then says why.
+std::shared_ptr<CXsdToDDLMapper> MakeMapper(const SSchemaFiles& files, std::string& failure) {
+    CXSDDocument schema;
+    CXSLTDocument stylesheet;
+    if (!LoadDocument(schema, files.schema, kSchemaResource)) {
+        failure = schema.GetLastErrorText();
+        return nullptr;
+    }
+    if (!LoadDocument(stylesheet, files.stylesheet, kStylesheetResource)) {
+        failure = stylesheet.GetLastErrorText();
+        return nullptr;
+    }
+    return std::make_shared<CXsdToDDLMapper>(false, schema.GetDocument(), stylesheet.GetDocument());
+}
+
+std::string WhyUnreadable(const std::string& path) {
+    if (path.empty()) {
+        return {};
+    }
+    if (!IsUtf8(path)) {
+        return "its name is not UTF-8";
+    }
+    std::error_code error;
+    if (fs::exists(path, error) && !fs::is_regular_file(path, error)) {
+        return "It is not a file";
+    }
+    errno = 0;
+    const std::ifstream file(path, std::ios::binary);
+    return file ? std::string() : std::generic_category().message(errno);
+}
+
+/// The reason of a schema that cannot be used; the check of no file at all fails otherwise.
+std::string WhyNoSchema(const std::string& path) {
+    struct SNobody : IXmlElementSink {
+        void StartElement(std::string_view, std::span<const SXmlAttribute>, long) override {}
+        void EndElement(std::string_view) override {}
+        void Characters(std::string_view) override {}
+    } nobody;
+    CXmlXsdValidator validator(true);
+    SXmlValidationResult result;
+    _bstr_t message;
+    validator.Validate(true, "", "", _bstr_t(Absolute(path).c_str()), message, nobody, result);
+    if (result.total > 0) {
+        return {};
+    }
+    // What stands before is about the component that failed.
+    constexpr std::string_view kDescription = "Description: ";
+    const std::string text = static_cast<const char*>(message);
+    const std::size_t at = text.find(kDescription);
+    return at == std::string::npos ? text : text.substr(at + kDescription.size());
+}
+
+std::string MissingTable(CDBProcessor& processor) {
+    for (const char* table : kNeededTables) {
+        std::shared_ptr<IRecordset> rows;
+        const std::string sql =
+            std::string("SELECT 1 FROM sqlite_master WHERE type = 'table' AND name = '") + table +
+            "'";
+        if (!processor.DB_ExecuteQuery(sql.c_str(), rows) || !rows->MoveNext()) {
+            return table;
+        }
+    }
+    return {};
+}
+
+std::string WhyNoTables(const SSchemaFiles& files) {
+    std::string failure;
+    const std::shared_ptr<CXsdToDDLMapper> mapper = MakeMapper(files, failure);
+    if (mapper == nullptr) {
+        return failure;
+    }
+    CDBProcessor processor(true, Normal, _bstr_t(), _bstr_t());
+    processor.SetMapper(mapper);
+    processor.InitializeInMemory();
+    const std::string missing = MissingTable(processor);
+    return missing.empty() ? std::string() : "it gives no table " + missing;
+}
+
+} // namespace
+
+std::string CheckSchemaFiles(const SSchemaFiles& files) {
+    if (files.schema.empty() && files.stylesheet.empty()) {
+        return {};
+    }
+    for (const std::string& path : {files.schema, files.stylesheet}) {
+        const std::string reason = WhyUnreadable(path);
+        if (!reason.empty()) {
+            return "cannot read '" + path + "': " + reason;
+        }
+    }
+    std::string reason = files.schema.empty() ? std::string() : WhyNoSchema(files.schema);
+    if (!reason.empty()) {
+        return "'" + files.schema + "' is no usable schema: " + reason;
+    }
+    reason = WhyNoTables(files);
+    if (reason.empty()) {
+        return {};
+    }
+    const bool both = !files.schema.empty() && !files.stylesheet.empty();
+    return "'" + (files.stylesheet.empty() ? files.schema : files.stylesheet) +
+           (both ? "' with '" + files.schema : std::string()) + "' cannot be used: " + reason;
+}
+
+std::shared_ptr<CDBProcessor> MakeProcessor(const SSchemaFiles& files, DBMode mode) {
+    const auto processor =
+        std::make_shared<CDBProcessor>(true, mode, _bstr_t(Absolute(files.schema).c_str()),
+                                       _bstr_t(Absolute(files.stylesheet).c_str()));
+    if (!files.schema.empty() || !files.stylesheet.empty()) {
+        std::string failure;
+        if (const auto mapper = MakeMapper(files, failure)) {
+            processor->SetMapper(mapper);
+        }
+    }
+    return processor;
+}
+
+std::string ReadSchemaBytes(const SSchemaFiles& files) {
+    if (files.schema.empty()) {
+        return CXmlDbDocument::LoadInternalResource(kSchemaResource, nullptr);
+    }
+    std::ostringstream bytes;
+    bytes << std::ifstream(files.schema, std::ios::binary).rdbuf();
+    return bytes.str();
+}
+
+} // namespace LandscapeValidator
