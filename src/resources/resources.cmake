@@ -15,7 +15,8 @@ add_custom_command(
   VERBATIM)
 
 # Ids 101 to 114 are known to hosts. Those from 200 up are the library's own: the schema of the XML
-# namespace, which the landscape schema imports, and the rules' documentation.
+# namespace, which the landscape schema imports, the rules' documentation, and the explanations that
+# it is made from, for hosts that explain rules in other places.
 naxfewxmldb_embed_resources(naxfewxmldb_objects
   101 MY_TEXTINCLUDE resources/xsd_to_ddl.xslt
   106 MY_TEXTINCLUDE resources/landscape.xsd
@@ -26,4 +27,5 @@ naxfewxmldb_embed_resources(naxfewxmldb_objects
   113 MY_TEXTINCLUDE resources/export_actions.xml
   114 RT_RCDATA resources/naxlogo_nax_quelin_10.png
   200 MY_TEXTINCLUDE resources/xml_namespace.xsd
-  201 MY_TEXTINCLUDE "${rules_page}")
+  201 MY_TEXTINCLUDE "${rules_page}"
+  202 MY_TEXTINCLUDE resources/rule_descriptions.xml)
