@@ -14,9 +14,6 @@ using namespace Nax::FrontEnd::XMLDB;
 
 namespace {
 
-// As the table of rules and the report page name it.
-constexpr char kSchemaRuleName[] = "Validation against XSD";
-
 // Schema findings stand there too, one a file, but not their faults one by one.
 constexpr char kRuleFindings[] =
     "SELECT RuleId, Name, ResultId, ResultDescription, file_id, UUID, pk FROM ValidationResults "
@@ -50,18 +47,23 @@ void AddSchemaFinding(const SFileOutcome& outcome, int fileIndex, SFindings& all
     }
     SFinding finding{
         kSchemaRuleId, severity, GateSeverityOf(outcome.code), fileIndex, outcome.note, {}, 0,
-        nullptr};
+        nullptr,       false};
     if (outcome.note.empty()) {
         finding.violations = &outcome.result;
-        finding.text = !outcome.result.wellFormed ? "The file cannot be used:"
-                       : outcome.result.total == 1
-                           ? "1 violation of the schema:"
-                           : std::to_string(outcome.result.total) + " violations of the schema:";
+        finding.text = SchemaFindingText(outcome.result);
     }
     Add(finding, kSchemaRuleName, all, counts);
 }
 
 } // namespace
+
+std::string SchemaFindingText(const SXmlValidationResult& violations) {
+    if (!violations.wellFormed) {
+        return "The file cannot be used:";
+    }
+    return violations.total == 1 ? "1 violation of the schema:"
+                                 : std::to_string(violations.total) + " violations of the schema:";
+}
 
 std::size_t SFindings::Count(Severity severity) const {
     return static_cast<std::size_t>(
@@ -98,14 +100,16 @@ SFindings CollectFindings(CDBProcessor& processor, const std::vector<SFileOutcom
                                    rows->GetString(3).GetString(),
                                    rows->GetString(5).GetString(),
                                    LineOf(lines, rows->GetInt(6)),
-                                   nullptr};
+                                   nullptr,
+                                   code == RuntimeError};
             Add(finding, rows->GetString(1).GetString(), all, counts);
         }
     }
     const auto order = [](const SFinding& finding) {
         // What is wrong with the file itself comes first.
         return std::tuple(finding.fileIndex, finding.ruleId != kSchemaRuleId, finding.severity,
-                          finding.ruleId, std::string_view(finding.text), finding.line);
+                          finding.ruleId, std::string_view(finding.text), finding.line,
+                          std::string_view(finding.uuid));
     };
     std::sort(all.findings.begin(), all.findings.end(),
               [&order](const SFinding& left, const SFinding& right) {

@@ -13,6 +13,10 @@ namespace LandscapeValidator {
 
 /// Id under which schema findings stand among the rules' ids.
 inline constexpr int kSchemaRuleId = -1;
+/// As the table of rules and the report page name it.
+inline constexpr char kSchemaRuleName[] = "Validation against XSD";
+/// Where findings stand that belong to no file.
+inline constexpr char kNoFileName[] = "No explicit files information";
 
 /// One finding, as one row of the results.
 struct SFinding {
@@ -25,6 +29,7 @@ struct SFinding {
     long line = 0;    ///< where that entry begins; 0 when unknown
     /// The violations that a schema finding sums up; null for rules and for files not read.
     const Nax::FrontEnd::XMLDB::SXmlValidationResult* violations = nullptr;
+    bool couldNotRun = false; ///< it tells that the rule failed
 };
 
 /// A rule's share of the findings.
@@ -36,7 +41,7 @@ struct SRuleCount {
 };
 
 /// All findings of a run, in a total order: by file, schema first, then severity, rule, text,
-/// line.
+/// line, uuid.
 /// Counts are those of the report page: a file's schema violations are one finding.
 struct SFindings {
     std::vector<SFinding> findings;
@@ -48,6 +53,9 @@ struct SFindings {
     /// True when a finding counts for more than it is shown as.
     bool AnyRaised() const;
 };
+
+/// The text of the finding that sums up a file's violations of the schema.
+std::string SchemaFindingText(const Nax::FrontEnd::XMLDB::SXmlValidationResult& violations);
 
 /// Reads the rules' findings from the database and joins the schema check's outcomes, which must
 /// outlive them.

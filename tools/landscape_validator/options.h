@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "formats/report_options.h"
 #include "severity.h"
 
 #include <string>
@@ -18,6 +19,7 @@ struct SOptions {
     bool showAll = false;
     bool writeJson = false;
     bool openPage = false;
+    SReportOptions report;
 };
 
 } // namespace LandscapeValidator

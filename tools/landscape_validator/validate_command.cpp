@@ -3,17 +3,16 @@
 
 #include "backups.h"
 #include "findings.h"
+#include "formats/findings_output.h"
 #include "landscape_loader.h"
 #include "platform/host.h"
 #include "printable.h"
 #include "report.h"
 #include "rule_indexes.h"
-#include "summary.h"
 
 #include <fmt/format.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
@@ -24,8 +23,6 @@ using namespace Nax::FrontEnd::XMLDB;
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr char kName[] = "landscape-validator: ";
 
 // The database is made anew by every run, and an earlier one stands beside it as a backup, so it
 // need not survive a failing machine; a crash of the program it does survive, by its journal. The
@@ -59,11 +56,13 @@ std::string WhyUnreadable(const std::string& path) {
 class CValidateRun {
 public:
     CValidateRun(const SOptions& options, std::ostream& out, std::ostream& err)
-        : m_options(options), m_out(out), m_err(err) {}
+        : m_options(options), m_err(err), m_output(options, out, err) {}
 
     ExitCode Run() {
-        if (!ReadCommandLineFiles() || !PrepareFolder() || !FillDatabase() || !RunRules()) {
-            return ExitCode::Failure;
+        if (!m_output.Prepare() || !ReadCommandLineFiles() || !PrepareFolder() || !FillDatabase() ||
+            !RunRules()) {
+            return m_output.Write(
+                {m_files}); // documents are written also of what could not be done
         }
         WriteReport();
         // Read after the report, which moves failed results without an entry to "no file": summary
@@ -71,13 +70,12 @@ public:
         const SFindings findings = CollectFindings(*m_processor, m_loader->GetOutcomes(), m_lines);
         RemoveOldBackups(m_options.outputFolder, m_options.keepBackups);
         RemoveOldSummaries(m_options.outputFolder, m_options.keepBackups + 1);
-        return PrintSummary(findings);
+        return Tell(findings);
     }
 
 private:
     bool Fail(const std::string& message) {
-        m_err << kName << PrintableLines(message) << '\n';
-        m_complete = false;
+        m_output.AddError(message);
         return false;
     }
 
@@ -89,7 +87,7 @@ private:
             if (reason.empty()) {
                 any = true;
             } else {
-                Fail(fmt::format("cannot read '{}': {}", path, reason));
+                m_output.AddError(fmt::format("cannot read '{}': {}", path, reason), path);
             }
             if (IsUtf8(path)) {
                 m_files.AddCommandLineFile(path);
@@ -180,25 +178,13 @@ private:
         }
     }
 
-    ExitCode PrintSummary(const SFindings& findings) {
-        const char* noColour = std::getenv("NO_COLOR");
-        const bool colours =
-            IsStandardOutputTerminal() && (noColour == nullptr || *noColour == '\0');
-        CSummary summary(m_out, {colours, m_options.showAll});
-        summary.Print(findings, m_files, m_loader->GetEntryCount(), m_rules->GetRules().size());
-        summary.PrintPageCounts(m_report->ReadPageCounts());
-        m_out << "Database: " << m_processor->GetDatabaseFileName() << '\n'
-              << "Report: " << m_report->GetPagePath() << '\n';
-        if (!m_out.flush()) {
-            Fail("the summary cannot be written to standard output");
-        }
+    ExitCode Tell(const SFindings& findings) {
         if (m_options.openPage && !OpenInBrowser(m_report->GetPagePath())) {
             Fail("no program could be started that opens '" + m_report->GetPagePath() + "'");
         }
-        if (!m_complete) {
-            return ExitCode::Failure;
-        }
-        return findings.Reach(m_options.failOn) ? ExitCode::Findings : ExitCode::Clean;
+        return m_output.Write({m_files, &m_loader->GetOutcomes(), &findings, m_rules->GetRules(),
+                               m_loader->GetEntryCount(), m_report->ReadPageCounts(),
+                               m_processor->GetDatabaseFileName(), m_report->GetPagePath()});
     }
 
     bool FailDatabase(const std::string& message) {
@@ -214,9 +200,8 @@ private:
     }
 
     const SOptions& m_options;
-    std::ostream& m_out;
     std::ostream& m_err;
-    bool m_complete = true; ///< false once a file or a step was not done
+    CFindingsOutput m_output;
     CFileList m_files;
     std::unique_ptr<IFolderLock> m_lock;
     std::shared_ptr<CDBProcessor> m_processor;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "command_line.h"
+#include "formats/report_options.h"
 #include "options.h"
 #include "validate_command.h"
 
@@ -21,6 +22,9 @@ Exit codes:
 Examples:
   landscape-validator landscape.xml
   landscape-validator -o report --fail-on warning central.xml local.xml
+  landscape-validator -f text --output-file sarif=findings.sarif landscape.xml
+  landscape-validator --write-baseline baseline.json landscape.xml
+  landscape-validator --baseline baseline.json landscape.xml
 )";
 
 constexpr int kMaxBackups = 1000000;
@@ -34,6 +38,7 @@ const std::map<std::string, Severity> kThresholds = {{"error", Severity::Error},
 struct SValidateWords {
     SOptions options;
     std::string failOn = "error";
+    SReportWords report;
 };
 
 void AddOutputOptions(CLI::App& command, SValidateWords& words) {
@@ -79,6 +84,7 @@ void AddValidateCommand(CLI::App& app, const std::vector<std::string>& filesBehi
     command.add_option("FILE", words->options.files, "Landscape XML files to validate");
     AddOutputOptions(command, *words);
     AddThresholdOptions(command, *words);
+    AddReportOptions(command, words->report);
     AddEnvironmentOptions(command, *words);
     command.callback([words, filesBehindDashes, &chosen] {
         SOptions options = words->options;
@@ -87,6 +93,7 @@ void AddValidateCommand(CLI::App& app, const std::vector<std::string>& filesBehi
         if (options.files.empty()) {
             throw CLI::RequiredError("FILE");
         }
+        options.report = ReadReportOptions(words->report);
         options.failOn = kThresholds.at(words->failOn);
         chosen = [options](std::ostream& out, std::ostream& err) {
             return RunValidate(options, out, err);
