@@ -6,6 +6,7 @@
 #include "formats/output_file.h"
 #include "formats/shown_findings.h"
 #include "formats/suppressions.h"
+#include "formats/text_encoding.h"
 #include "platform/host.h"
 #include "printable.h"
 #include "summary.h"
@@ -112,7 +113,7 @@ CFindingsOutput::CFindingsOutput(const SOptions& options, std::ostream& out, std
 
 void CFindingsOutput::AddError(const std::string& message, const std::string& file) {
     m_err << "landscape-validator: " << PrintableLines(message) << '\n';
-    m_errors.push_back({message, file});
+    m_errors.push_back({ValidUtf8(message), ValidUtf8(file)});
 }
 
 bool CFindingsOutput::Fail(const std::string& message) {
@@ -121,21 +122,21 @@ bool CFindingsOutput::Fail(const std::string& message) {
 }
 
 bool CFindingsOutput::CheckTarget(const std::string& target, const std::string& input) {
-    return target.empty() || !IsSameFile(target, input) ||
+    return !IsSameFile(target, input) ||
            Fail("'" + target + "' is a file to validate; it is not written");
 }
 
-bool CFindingsOutput::Prepare() {
-    for (const std::string& file : m_options.files) {
-        if (!CheckTarget(m_report.writeBaseline, file)) {
+bool CFindingsOutput::CheckTarget(const std::string& target, const CFileList& files) {
+    for (std::size_t index = 0; index < files.GetCount(); ++index) {
+        if (!CheckTarget(target, files[index].path)) {
             return false;
         }
-        for (const SFormatOutput& output : m_report.outputs) {
-            if (!CheckTarget(output.file, file)) {
-                return false;
-            }
-        }
     }
+    return std::all_of(m_options.files.begin(), m_options.files.end(),
+                       [&](const std::string& file) { return CheckTarget(target, file); });
+}
+
+bool CFindingsOutput::Prepare() {
     std::error_code error;
     return (m_report.baseline.empty() || ReadBaselineFile(m_report.baseline, m_baseline)) &&
            (m_report.writeBaseline.empty() || !fs::is_regular_file(m_report.writeBaseline, error) ||
@@ -215,10 +216,8 @@ void CFindingsOutput::UpdateBaselines(const SRunOutcome& run, SReport& report) {
 
 void CFindingsOutput::WriteNewBaseline(const SRunOutcome& run, const SReport& report) {
     const std::string& path = m_report.writeBaseline;
-    for (std::size_t index = 0; index < run.files.GetCount(); ++index) {
-        if (!CheckTarget(path, run.files[index].path)) {
-            return;
-        }
+    if (!CheckTarget(path, run.files)) {
+        return;
     }
     const std::string folder = FolderOf(path);
     std::vector<SSuppression> suppressions = m_replaced.suppressions;
@@ -274,10 +273,8 @@ void CFindingsOutput::WriteFormat(const SFormatOutput& output, const SRunOutcome
         }
         return;
     }
-    for (std::size_t index = 0; index < run.files.GetCount(); ++index) {
-        if (!CheckTarget(output.file, run.files[index].path)) {
-            return;
-        }
+    if (!CheckTarget(output.file, run.files)) {
+        return;
     }
     std::string reason;
     if (!WriteWholeFile(output.file, write, reason)) {

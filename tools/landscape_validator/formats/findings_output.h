@@ -22,8 +22,7 @@ public:
     /// All three must outlive it.
     CFindingsOutput(const SOptions& options, std::ostream& out, std::ostream& err);
 
-    /// Reads the baseline. False when a file of the options cannot be used: nothing has been
-    /// written then, and nothing should be.
+    /// Reads the baseline. False when it cannot be used: nothing has been written then.
     bool Prepare();
     /// A step that failed, or a file that cannot be read: the run ends with a failure.
     void AddError(const std::string& message, const std::string& file = {});
@@ -35,6 +34,7 @@ private:
     bool Fail(const std::string& message);
     /// False, with a message, when writing `target` would destroy `input`.
     bool CheckTarget(const std::string& target, const std::string& input);
+    bool CheckTarget(const std::string& target, const CFileList& files);
     bool ReadBaselineFile(const std::string& path, SBaseline& baseline);
 
     /// False for what the findings alone tell: the printed summary of all of them.

@@ -105,6 +105,15 @@ void AppendUtf8(std::string& out, char32_t character) {
     append(0x80U | (character & 0x3FU));
 }
 
+std::string ValidUtf8(std::string_view text) {
+    std::string valid;
+    valid.reserve(text.size());
+    for (std::size_t at = 0; at < text.size();) {
+        AppendUtf8(valid, DecodeUtf8(text, at));
+    }
+    return valid;
+}
+
 void AppendJsonEscaped(std::string& out, std::string_view text) {
     AppendEscaped(out, text, [&out](char32_t character) {
         if (character == '"' || character == '\\') {
