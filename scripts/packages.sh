@@ -2,8 +2,8 @@
 # Sourced by the other scripts: installs Debian packages that are missing.
 
 build_packages=(g++ cmake ninja-build pkg-config libxml2-dev libxslt1-dev libsqlite3-dev
-                libcli11-dev libfmt-dev xsltproc)
-test_packages=(libgtest-dev sqlite3)
+                libcli11-dev libfmt-dev nlohmann-json3-dev xsltproc)
+test_packages=(libgtest-dev sqlite3 python3 python3-jsonschema python3-junitparser)
 check_packages=(clang-format clang-tidy)
 
 # ensure_packages NAME...: does nothing, not even ask the network, when all are there.

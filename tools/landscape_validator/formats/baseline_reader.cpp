@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstdint>
@@ -13,7 +14,6 @@
 #include <initializer_list>
 #include <iterator>
 #include <limits>
-#include <map>
 #include <stdexcept>
 #include <system_error>
 
@@ -55,23 +55,11 @@ private:
     long* m_line;
 };
 
-/// The lines in which the objects of each list begin.
-using ObjectLines = std::map<std::string, std::vector<long>>;
-
-json Parse(const std::string& text, ObjectLines& lines) {
+json Parse(const std::string& text) {
     long line = 1;
-    std::string list;
-    const auto watch = [&](int depth, json::parse_event_t event, json& value) {
-        if (event == json::parse_event_t::key && depth == 1) {
-            list = value.get<std::string>();
-        } else if (event == json::parse_event_t::object_start && depth == 2) {
-            lines[list].push_back(line);
-        }
-        return true;
-    };
     try {
         return json::parse(CLineCountingIterator(text.data(), line),
-                           CLineCountingIterator(text.data() + text.size(), line), watch);
+                           CLineCountingIterator(text.data() + text.size(), line));
     } catch (const json::parse_error& error) {
         // The library's text begins with its own id and place.
         const std::string what = error.what();
@@ -81,18 +69,37 @@ json Parse(const std::string& text, ObjectLines& lines) {
     }
 }
 
+/// The line in which the object `number` of the list `key` begins. Only for messages: the parser
+/// takes long when it is watched.
+long LineOfObject(const std::string& text, std::string_view key, std::size_t number) {
+    long line = 1;
+    long found = 0;
+    std::string list;
+    std::size_t count = 0;
+    const auto watch = [&](int depth, json::parse_event_t event, json& value) {
+        if (event == json::parse_event_t::key && depth == 1) {
+            list = value.get<std::string>();
+        } else if (event == json::parse_event_t::object_start && depth == 2 && list == key &&
+                   count++ == number) {
+            found = line;
+        }
+        return depth < 2; // nothing of it is kept
+    };
+    const json ignored = json::parse(CLineCountingIterator(text.data(), line),
+                                     CLineCountingIterator(text.data() + text.size(), line), watch);
+    return found;
+}
+
 /// One object of a list, read member by member; what is left over is a fault.
 class CEntryReader {
 public:
-    CEntryReader(const json& value, std::string where) : m_value(value), m_where(std::move(where)) {
+    explicit CEntryReader(const json& value) : m_value(value) {
         if (!value.is_object()) {
             Fail("an object is expected");
         }
     }
 
-    [[noreturn]] void Fail(const std::string& why) const {
-        throw CBaselineFault(m_where + ": " + why);
-    }
+    [[noreturn]] static void Fail(const std::string& why) { throw CBaselineFault(why); }
 
     std::optional<std::string> Text(const char* key) const {
         const auto found = m_value.find(key);
@@ -152,14 +159,13 @@ public:
 
 private:
     const json& m_value;
-    std::string m_where;
 };
 
 SBaselineEntry ReadEntry(const CEntryReader& reader) {
     reader.CheckMembers({"rule", "file", "uuid", "text", "count"});
     const std::optional<std::string> text = reader.Text("text");
     if (!text) {
-        reader.Fail("\"text\" is missing");
+        CEntryReader::Fail("\"text\" is missing");
     }
     return {reader.Rule(), reader.Text("file").value_or(""), reader.Text("uuid").value_or(""),
             *text, reader.Count()};
@@ -169,13 +175,13 @@ SSuppression ReadSuppression(const CEntryReader& reader) {
     reader.CheckMembers({"rule", "file", "uuid", "text", "reason"});
     const std::optional<std::string> reason = reader.Text("reason");
     if (!reason || reason->find_first_not_of(" \t\r\n") == std::string::npos) {
-        reader.Fail("\"reason\" is missing: a suppression says why");
+        CEntryReader::Fail("\"reason\" is missing: a suppression says why");
     }
     return {reader.Rule(), reader.Text("file"), reader.Text("uuid"), reader.Text("text"), *reason};
 }
 
 template <class Entry>
-void ReadList(const json& root, const char* key, const ObjectLines& lines,
+void ReadList(const json& root, const char* key, const std::string& text,
               Entry (*read)(const CEntryReader&), std::vector<Entry>& entries) {
     const auto found = root.find(key);
     if (found == root.end()) {
@@ -184,34 +190,36 @@ void ReadList(const json& root, const char* key, const ObjectLines& lines,
     if (!found->is_array()) {
         throw CBaselineFault(fmt::format("\"{}\" must be a list", key));
     }
-    const auto known = lines.find(key);
+    entries.reserve(found->size());
     std::size_t objects = 0;
-    for (std::size_t index = 0; index < found->size(); ++index) {
-        const json& value = (*found)[index];
-        std::string where = fmt::format("\"{}\", entry {}", key, index + 1);
-        if (value.is_object() && known != lines.end() && objects < known->second.size()) {
-            where = fmt::format("line {}: {}", known->second[objects++], where);
+    for (const json& value : *found) {
+        try {
+            entries.push_back(read(CEntryReader(value)));
+        } catch (const CBaselineFault& fault) {
+            const std::string line =
+                value.is_object() ? fmt::format("line {}: ", LineOfObject(text, key, objects)) : "";
+            throw CBaselineFault(
+                fmt::format("{}\"{}\", entry {}: {}", line, key, entries.size() + 1, fault.what()));
         }
-        entries.push_back(read(CEntryReader(value, std::move(where))));
+        objects += value.is_object() ? 1 : 0;
     }
 }
 
 SBaseline Interpret(const std::string& text) {
-    ObjectLines lines;
-    const json root = Parse(text, lines);
-    const CEntryReader reader(root, "the document");
+    const json root = Parse(text);
+    const CEntryReader reader(root);
     const auto version = root.find("version");
     if (version == root.end() || !version->is_number_integer()) {
-        reader.Fail("\"version\" is missing: it is not a baseline");
+        CEntryReader::Fail("\"version\" is missing: it is not a baseline");
     }
     if (*version != kVersion) {
-        reader.Fail("\"version\" is " + version->dump() + ", and this program knows version " +
-                    std::to_string(kVersion));
+        CEntryReader::Fail("\"version\" is " + version->dump() +
+                           ", and this program knows version " + std::to_string(kVersion));
     }
     reader.CheckMembers({"version", "findings", "suppressions"});
     SBaseline baseline;
-    ReadList(root, "findings", lines, ReadEntry, baseline.findings);
-    ReadList(root, "suppressions", lines, ReadSuppression, baseline.suppressions);
+    ReadList(root, "findings", text, ReadEntry, baseline.findings);
+    ReadList(root, "suppressions", text, ReadSuppression, baseline.suppressions);
     return baseline;
 }
 
