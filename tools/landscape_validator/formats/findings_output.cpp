@@ -253,11 +253,12 @@ void CFindingsOutput::WriteFormat(const SFormatOutput& output, const SRunOutcome
     const auto write = [&](std::ostream& stream) {
         if (output.format == Format::Text) {
             WriteText(stream, !toFile && ColoursWanted(), run, report);
-        } else {
+        } else if (report != nullptr) {
             WriteDocument(output.format, *report, stream);
         }
     };
-    if (output.format == Format::Sarif && CountSarifResults(*report) > kManySarifResults) {
+    if (output.format == Format::Sarif && report != nullptr &&
+        CountSarifResults(*report) > kManySarifResults) {
         m_err << fmt::format(
             "landscape-validator: the sarif document has {} results; services may show only the "
             "first {}\n",

@@ -3,6 +3,7 @@
 
 #include "command_line.h"
 
+#include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
 #include <filesystem>
@@ -65,10 +66,10 @@ void CheckStandardOutput(const Selection& selection) {
             continue;
         }
         if (first) {
-            Refuse("--format", *first + " and " + name +
-                                   " cannot both go to standard output; give one a file with "
-                                   "--output-file " +
-                                   name + "=FILE");
+            Refuse("--format",
+                   fmt::format("{0} and {1} cannot both go to standard output; give one a "
+                               "file with --output-file {1}=FILE",
+                               *first, name));
         }
         first = name;
     }
