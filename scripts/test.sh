@@ -19,4 +19,5 @@ if [ "$preset" = dev ]; then
   trap 'rm -rf "$report"' EXIT
   build/dev/bin/landscape-validator --fail-on never -o "$report" examples/faulty_landscape.xml >/dev/null
   NAX_REPORT_DIR=$report tests/browser/run.sh
+  tests/formats/run.sh build/dev/bin/landscape-validator
 fi

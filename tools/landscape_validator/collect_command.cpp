@@ -191,8 +191,8 @@ ExitCode RunCollect(const SCollectOptions& options, std::ostream& out, std::ostr
     return CCollectRun(options, out, err).Run();
 }
 
-bool CollectAfterRun(const std::string& outputFolder, const CFileList& files, std::ostream& out,
-                     std::ostream& err) {
+void CollectAfterRun(const std::string& outputFolder, const CFileList& files, std::ostream& out,
+                     std::ostream& err, std::vector<std::string>& failures) {
     CSupportSources sources;
     for (std::size_t index = 0; index < files.GetCount(); ++index) {
         if (!files[index].path.empty()) {
@@ -207,18 +207,15 @@ bool CollectAfterRun(const std::string& outputFolder, const CFileList& files, st
         err << kName << Printable(warning) << '\n';
     }
     if (!report.failure.empty()) {
-        err << kName << Printable("no archive was made: " + report.failure) << '\n';
-        return false;
+        failures.push_back("no archive was made: " + report.failure);
+        return;
     }
     PrintSupportArchive(report, out);
-    bool complete = true;
     for (const SSupportFile& file : report.files) {
         if (IsDatabaseLeftOut(file)) {
-            err << kName << Printable(WhyLeftOut(file)) << '\n';
-            complete = false;
+            failures.push_back(WhyLeftOut(file));
         }
     }
-    return complete;
 }
 
 } // namespace LandscapeValidator

@@ -23,9 +23,9 @@ struct SCollectOptions {
 ExitCode RunCollect(const SCollectOptions& options, std::ostream& out, std::ostream& err);
 
 /// Makes the support archive of a run that has just ended; the run holds the folder's lock and has
-/// no transaction open. False, and told on `err`, when there is none or the
-/// database is not in it.
-bool CollectAfterRun(const std::string& outputFolder, const CFileList& files, std::ostream& out,
-                     std::ostream& err);
+/// no transaction open. What is missing goes to `err`; `failures` tells that there is no archive,
+/// or that the database is not in it.
+void CollectAfterRun(const std::string& outputFolder, const CFileList& files, std::ostream& out,
+                     std::ostream& err, std::vector<std::string>& failures);
 
 } // namespace LandscapeValidator

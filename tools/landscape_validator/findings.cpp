@@ -14,9 +14,6 @@ using namespace Nax::FrontEnd::XMLDB;
 
 namespace {
 
-// As the table of rules and the report page name it.
-constexpr char kSchemaRuleName[] = "Validation against XSD";
-
 // Schema findings stand there too, one a file, but not their faults one by one.
 constexpr char kRuleFindings[] =
     "SELECT RuleId, Name, ResultId, ResultDescription, file_id, UUID, pk FROM ValidationResults "
@@ -45,35 +42,38 @@ void Add(const SFinding& finding, const std::string& ruleName, SFindings& all, R
 void AddSchemaFinding(const SFileOutcome& outcome, int fileIndex, SFindings& all,
                       RuleCounts& counts) {
     if (!outcome.remark.empty()) {
-        Add({kSchemaRuleId,
-             Severity::Info,
-             Severity::Info,
-             fileIndex,
-             outcome.remark,
-             {},
-             0,
-             nullptr},
-            kSchemaRuleName, all, counts);
+        SFinding remark;
+        remark.severity = remark.gate = Severity::Info;
+        remark.fileIndex = fileIndex;
+        remark.text = outcome.remark;
+        Add(remark, kSchemaRuleName, all, counts);
     }
     const Severity severity = ShownSeverityOf(outcome.code);
     if (severity == Severity::None) {
         return;
     }
-    SFinding finding{
-        kSchemaRuleId, severity, GateSeverityOf(outcome.code), fileIndex, outcome.note, {}, 0,
-        nullptr};
+    SFinding finding;
+    finding.severity = severity;
+    finding.gate = GateSeverityOf(outcome.code);
+    finding.fileIndex = fileIndex;
+    finding.text = outcome.note;
     finding.place = outcome.place;
     if (outcome.note.empty()) {
         finding.violations = &outcome.result;
-        finding.text = !outcome.result.wellFormed ? "The file cannot be used:"
-                       : outcome.result.total == 1
-                           ? "1 violation of the schema:"
-                           : std::to_string(outcome.result.total) + " violations of the schema:";
+        finding.text = SchemaFindingText(outcome.result);
     }
     Add(finding, kSchemaRuleName, all, counts);
 }
 
 } // namespace
+
+std::string SchemaFindingText(const SXmlValidationResult& violations) {
+    if (!violations.wellFormed) {
+        return "The file cannot be used:";
+    }
+    return violations.total == 1 ? "1 violation of the schema:"
+                                 : std::to_string(violations.total) + " violations of the schema:";
+}
 
 std::size_t SFindings::Count(Severity severity) const {
     return static_cast<std::size_t>(
@@ -111,21 +111,23 @@ SFindings CollectFindings(CDBProcessor& processor, const std::vector<SFileOutcom
     if (processor.DB_ExecuteQuery(kRuleFindings, rows)) {
         while (rows->MoveNext()) {
             const auto code = static_cast<ResultCodes>(rows->GetInt(2));
-            const SFinding finding{rows->GetInt(0),
-                                   ShownSeverityOf(code),
-                                   GateSeverityOf(code),
-                                   ToNumber(rows->GetString(4), -1),
-                                   rows->GetString(3).GetString(),
-                                   rows->GetString(5).GetString(),
-                                   LineOf(lines, rows->GetInt(6)),
-                                   nullptr};
+            SFinding finding;
+            finding.ruleId = rows->GetInt(0);
+            finding.severity = ShownSeverityOf(code);
+            finding.gate = GateSeverityOf(code);
+            finding.fileIndex = ToNumber(rows->GetString(4), -1);
+            finding.text = rows->GetString(3).GetString();
+            finding.uuid = rows->GetString(5).GetString();
+            finding.line = LineOf(lines, rows->GetInt(6));
+            finding.couldNotRun = code == RuntimeError;
             Add(finding, rows->GetString(1).GetString(), all, counts);
         }
     }
     const auto order = [](const SFinding& finding) {
         // What is wrong with the file itself comes first.
         return std::tuple(finding.fileIndex, finding.ruleId != kSchemaRuleId, finding.severity,
-                          finding.ruleId, std::string_view(finding.text), finding.line);
+                          finding.ruleId, std::string_view(finding.text), finding.line,
+                          std::string_view(finding.uuid));
     };
     std::sort(all.findings.begin(), all.findings.end(),
               [&order](const SFinding& left, const SFinding& right) {

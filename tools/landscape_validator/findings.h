@@ -13,6 +13,10 @@ namespace LandscapeValidator {
 
 /// Id under which schema findings stand among the rules' ids.
 inline constexpr int kSchemaRuleId = -1;
+/// As the table of rules and the report page name it.
+inline constexpr char kSchemaRuleName[] = "Validation against XSD";
+/// Where findings stand that belong to no file.
+inline constexpr char kNoFileName[] = "No explicit files information";
 
 /// One finding, as one row of the results.
 struct SFinding {
@@ -27,6 +31,7 @@ struct SFinding {
     const Nax::FrontEnd::XMLDB::SXmlValidationResult* violations = nullptr;
     /// A sentence on where, beside the text: it changes with lines that have nothing to do with it.
     std::string place = {};
+    bool couldNotRun = false; ///< it tells that the rule failed
 };
 
 /// A rule's share of the findings.
@@ -38,7 +43,7 @@ struct SRuleCount {
 };
 
 /// All findings of a run, in a total order: by file, schema first, then severity, rule, text,
-/// line.
+/// line, uuid.
 /// Counts are those of the report page: a file's schema violations are one finding.
 struct SFindings {
     std::vector<SFinding> findings;
@@ -53,6 +58,9 @@ struct SFindings {
     /// still count as errors: they were not checked.
     void SetSchemaGate(Severity gate);
 };
+
+/// The text of the finding that sums up a file's violations of the schema.
+std::string SchemaFindingText(const Nax::FrontEnd::XMLDB::SXmlValidationResult& violations);
 
 /// Reads the rules' findings from the database and joins the schema check's outcomes, which must
 /// outlive them.

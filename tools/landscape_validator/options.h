@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "formats/report_options.h"
 #include "include_resolver.h"
 #include "input_files.h"
 #include "rule_options.h"
@@ -25,6 +26,7 @@ struct SOptions {
     bool writeJson = false;
     bool openPage = false;
     bool collect = false; ///< also make the support archive
+    SReportOptions report;
 };
 
 } // namespace LandscapeValidator

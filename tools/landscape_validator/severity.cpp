@@ -41,4 +41,18 @@ const char* SeverityLabel(Severity severity) {
     return "";
 }
 
+const char* SeverityName(Severity severity) {
+    switch (severity) {
+        case Severity::Error:
+            return "error";
+        case Severity::Warning:
+            return "warning";
+        case Severity::Info:
+            return "info";
+        case Severity::None:
+            break;
+    }
+    return "never";
+}
+
 } // namespace LandscapeValidator

@@ -18,5 +18,7 @@ Severity GateSeverityOf(Nax::FrontEnd::XMLDB::ResultCodes code);
 
 /// "ERROR", "WARNING", "INFO".
 const char* SeverityLabel(Severity severity);
+/// "error", "warning", "info", and "never" for None: as options and documents name them.
+const char* SeverityName(Severity severity);
 
 } // namespace LandscapeValidator

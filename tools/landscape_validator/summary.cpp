@@ -70,12 +70,33 @@ std::string CSummary::Bold(const std::string& text) const {
     return m_style.colours ? "\x1b[1m" + text + "\x1b[0m" : text;
 }
 
+void CSummary::PrintChecked(std::size_t files, std::size_t entries, std::size_t rules) {
+    m_out << fmt::format("Checked {} with {} against {}{}.\n", Plural(files, "file", "files"),
+                         Plural(entries, "entry", "entries"),
+                         m_style.schemaChecked ? "the schema and " : "",
+                         Plural(rules, "rule", "rules"));
+}
+
+void CSummary::PrintShort(const SFindings& findings, std::size_t files, std::size_t entries,
+                          std::size_t rules, const SLeftOut& leftOut) {
+    PrintChecked(files, entries, rules);
+    PrintTotals(findings, leftOut);
+}
+
+void CSummary::PrintList(const std::string& title, const std::vector<std::string>& lines) {
+    const std::size_t shown = Shown(lines.size());
+    m_out << title << '\n';
+    for (std::size_t index = 0; index < shown; ++index) {
+        m_out << "  " << OneLine(lines[index]) << '\n';
+    }
+    if (shown < lines.size()) {
+        m_out << fmt::format("  {} of {} shown; --all shows every one\n", shown, lines.size());
+    }
+}
+
 void CSummary::Print(const SFindings& findings, const CFileList& files, std::size_t entries,
-                     std::size_t rules) {
-    m_out << fmt::format(
-        "Checked {} with {} against {}{}.\n", Plural(files.GetCount(), "file", "files"),
-        Plural(entries, "entry", "entries"), m_style.schemaChecked ? "the schema and " : "",
-        Plural(rules, "rule", "rules"));
+                     std::size_t rules, const SLeftOut& leftOut) {
+    PrintChecked(files.GetCount(), entries, rules);
     PrintRules(findings);
     const SFinding* const end = findings.findings.data() + findings.findings.size();
     for (const SFinding* begin = findings.findings.data(); begin != end;) {
@@ -84,10 +105,11 @@ void CSummary::Print(const SFindings& findings, const CFileList& files, std::siz
             begin, end, [index](const SFinding& finding) { return finding.fileIndex != index; });
         const auto place = static_cast<std::size_t>(index);
         const bool known = index >= 0 && place < files.GetCount();
-        PrintFile(known ? files[place].url : "No explicit files information", begin, next);
+        PrintFile(known ? files[place].url : kNoFileName, begin, next);
         begin = next;
     }
-    PrintTotals(findings);
+    m_out << '\n';
+    PrintTotals(findings, leftOut);
 }
 
 void CSummary::PrintRules(const SFindings& findings) {
@@ -154,22 +176,33 @@ void CSummary::PrintPageCounts(const SPageCounts& counts) {
     }
 }
 
-void CSummary::PrintTotals(const SFindings& findings) {
+void CSummary::PrintTotals(const SFindings& findings, const SLeftOut& leftOut) {
     const std::size_t errors = findings.Count(Severity::Error);
     const std::size_t warnings = findings.Count(Severity::Warning);
     const std::size_t notes = findings.Count(Severity::Info);
-    m_out << '\n';
-    if (errors + warnings + notes == 0) {
-        m_out << "No findings.\n";
-        return;
+    if (errors + warnings + notes > 0) {
+        m_out << fmt::format("{}, {}, {}.\n", Plural(errors, "error", "errors"),
+                             Plural(warnings, "warning", "warnings"),
+                             Plural(notes, "info finding", "info findings"));
+    } else {
+        const bool none = leftOut.known + leftOut.suppressed + leftOut.hidden == 0;
+        m_out << (none ? "No findings.\n" : "No findings to show.\n");
     }
-    m_out << fmt::format("{}, {}, {}.\n", Plural(errors, "error", "errors"),
-                         Plural(warnings, "warning", "warnings"),
-                         Plural(notes, "info finding", "info findings"));
     if (findings.AnyRaised()) {
         m_out << "Violations of the schema and rules that could not run are shown as warnings, and "
                  "count as errors for the exit code.\n";
     }
+    const auto notShown = [this](std::size_t count, const std::string& one,
+                                 const std::string& several) {
+        if (count > 0) {
+            m_out << fmt::format("{} not shown.\n",
+                                 count == 1 ? "1 " + one : fmt::format("{} {}", count, several));
+        }
+    };
+    notShown(leftOut.known, "known finding is", "known findings are");
+    notShown(leftOut.suppressed, "suppressed finding is", "suppressed findings are");
+    const std::string level = fmt::format("below \"{}\"", SeverityName(leftOut.minSeverity));
+    notShown(leftOut.hidden, "finding " + level + " is", "findings " + level + " are");
 }
 
 } // namespace LandscapeValidator

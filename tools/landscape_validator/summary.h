@@ -6,6 +6,8 @@
 #include "report.h"
 
 #include <ostream>
+#include <string>
+#include <vector>
 
 namespace LandscapeValidator {
 
@@ -15,13 +17,26 @@ struct SSummaryStyle {
     bool schemaChecked = true;
 };
 
+/// How many findings are not in what is printed, and why.
+struct SLeftOut {
+    std::size_t known = 0;
+    std::size_t suppressed = 0;
+    std::size_t hidden = 0; ///< less severe than `minSeverity`
+    Severity minSeverity = Severity::Info;
+};
+
 /// Prints what a run found: the rules with their counts, then the findings of each file.
 class CSummary {
 public:
     CSummary(std::ostream& out, SSummaryStyle style);
 
     void Print(const SFindings& findings, const CFileList& files, std::size_t entries,
-               std::size_t rules);
+               std::size_t rules, const SLeftOut& leftOut = {});
+    /// The first line and the last ones of the above.
+    void PrintShort(const SFindings& findings, std::size_t files, std::size_t entries,
+                    std::size_t rules, const SLeftOut& leftOut);
+    /// A list under a title, ten of them unless all are shown.
+    void PrintList(const std::string& title, const std::vector<std::string>& lines);
     /// The statuses of files and rules as the report page counts them.
     void PrintPageCounts(const SPageCounts& counts);
 
@@ -30,7 +45,8 @@ private:
     void PrintFile(const std::string& title, const SFinding* begin, const SFinding* end);
     std::size_t Shown(std::size_t total) const;
     void PrintFinding(const SFinding& finding);
-    void PrintTotals(const SFindings& findings);
+    void PrintChecked(std::size_t files, std::size_t entries, std::size_t rules);
+    void PrintTotals(const SFindings& findings, const SLeftOut& leftOut);
     std::string Label(Severity severity) const;
     std::string Bold(const std::string& text) const;
 

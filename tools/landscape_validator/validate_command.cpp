@@ -5,6 +5,7 @@
 #include "backups.h"
 #include "collect_command.h"
 #include "findings.h"
+#include "formats/findings_output.h"
 #include "input_files.h"
 #include "landscape_loader.h"
 #include "platform/host.h"
@@ -14,12 +15,10 @@
 #include "rule_indexes.h"
 #include "rule_set.h"
 #include "schema_files.h"
-#include "summary.h"
 
 #include <fmt/format.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -32,8 +31,6 @@ using namespace Nax::FrontEnd::XMLDB;
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr char kName[] = "landscape-validator: ";
 
 // The database is made anew by every run, and an earlier one stands beside it as a backup, so it
 // need not survive a failing machine; a crash of the program it does survive, by its journal. The
@@ -66,22 +63,22 @@ class CValidateRun {
 public:
     CValidateRun(const SOptions& options, std::ostream& out, std::ostream& err)
         : m_options(options),
-          m_out(out),
           m_err(err),
+          m_output(options, out, err),
           m_ruleSet(options.rules),
           m_files(options.includes) {}
 
     ExitCode Run() {
-        if (!LoadRuleSet() || !ReadCommandLineFiles() || !PrepareFolder()) {
-            return ExitCode::Failure;
+        if (!m_output.Prepare() || !LoadRuleSet() || !ReadCommandLineFiles() || !PrepareFolder()) {
+            return Stop();
         }
         if (!FillDatabase() || !RunRules()) {
             // Now of all times support needs the files; the connection closes first.
             m_rules.reset();
             m_loader.reset();
             m_processor.reset();
-            Collect();
-            return ExitCode::Failure;
+            m_err << Collect();
+            return Stop();
         }
         WriteReport();
         // Read after the report, which moves failed results without an entry to "no file": summary
@@ -92,15 +89,17 @@ public:
         }
         RemoveOldBackups(m_options.outputFolder, m_options.keepBackups);
         RemoveOldSummaries(m_options.outputFolder, m_options.keepBackups + 1);
-        return PrintSummary(findings);
+        return Tell(findings);
     }
 
 private:
     bool Fail(const std::string& message) {
-        m_err << kName << PrintableLines(message) << '\n';
-        m_complete = false;
+        m_output.AddError(message);
         return false;
     }
+
+    /// Documents are written also of what could not be done.
+    ExitCode Stop() { return m_output.Write({m_files}); }
 
     /// Before anything is touched: whatever is wrong with the rules or the schema.
     bool LoadRuleSet() {
@@ -135,7 +134,10 @@ private:
         if (IsUtf8(path)) {
             m_files.AddCommandLineFile(path);
         }
-        return reason.empty() || Fail(fmt::format("cannot read '{}': {}", path, reason));
+        if (!reason.empty()) {
+            m_output.AddError(fmt::format("cannot read '{}': {}", path, reason), path);
+        }
+        return reason.empty();
     }
 
     /// Standard input may be a pipe or a socket, which the parser could not open by a name.
@@ -245,37 +247,31 @@ private:
         }
     }
 
-    void Collect() {
-        if (m_options.collect) {
-            ShowProgress("Collecting support files");
-            std::ostringstream told;
-            const bool collected = CollectAfterRun(m_options.outputFolder, m_files, told, m_err);
-            ShowProgress({});
-            m_complete = collected && m_complete;
-            m_out << told.str() << std::flush;
+    /// What went into the archive; empty when none was asked for.
+    std::string Collect() {
+        if (!m_options.collect) {
+            return {};
         }
+        ShowProgress("Collecting support files");
+        std::ostringstream told;
+        std::vector<std::string> failures;
+        CollectAfterRun(m_options.outputFolder, m_files, told, m_err, failures);
+        ShowProgress({});
+        for (const std::string& failure : failures) {
+            Fail(failure);
+        }
+        return told.str();
     }
 
-    ExitCode PrintSummary(const SFindings& findings) {
-        const char* noColour = std::getenv("NO_COLOR");
-        const bool colours =
-            IsStandardOutputTerminal() && (noColour == nullptr || *noColour == '\0');
-        CSummary summary(m_out, {colours, m_options.showAll, m_ruleSet.IsSchemaChosen()});
-        summary.Print(findings, m_files, m_loader->GetEntryCount(), m_rules->GetRules().size());
-        summary.PrintPageCounts(m_report->ReadPageCounts());
-        Collect();
-        m_out << "Database: " << m_processor->GetDatabaseFileName() << '\n'
-              << "Report: " << m_report->GetPagePath() << '\n';
-        if (!m_out.flush()) {
-            Fail("the summary cannot be written to standard output");
-        }
+    ExitCode Tell(const SFindings& findings) {
+        const std::string collected = Collect();
         if (m_options.openPage && !OpenInBrowser(m_report->GetPagePath())) {
             Fail("no program could be started that opens '" + m_report->GetPagePath() + "'");
         }
-        if (!m_complete) {
-            return ExitCode::Failure;
-        }
-        return findings.Reach(m_options.failOn) ? ExitCode::Findings : ExitCode::Clean;
+        return m_output.Write({m_files, &m_loader->GetOutcomes(), &findings, m_rules->GetRules(),
+                               m_loader->GetEntryCount(), m_report->ReadPageCounts(),
+                               m_processor->GetDatabaseFileName(), m_report->GetPagePath(),
+                               collected, m_ruleSet.IsSchemaChosen(), m_ruleSet.HasBuiltInRules()});
     }
 
     bool FailDatabase(const std::string& message) {
@@ -291,10 +287,9 @@ private:
     }
 
     const SOptions& m_options;
-    std::ostream& m_out;
     std::ostream& m_err;
+    CFindingsOutput m_output;
     CRuleSet m_ruleSet;
-    bool m_complete = true;                    ///< false once a file or a step was not done
     std::unique_ptr<IScratchFolder> m_scratch; ///< holds the copy of standard input
     CFileList m_files;
     std::unique_ptr<IFolderLock> m_lock;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "command_line.h"
 #include "configuration.h"
+#include "formats/report_options.h"
 #include "include_options.h"
 #include "options.h"
 #include "printable.h"
@@ -28,6 +29,9 @@ Examples:
   curl -s https://host.example/landscape.xml | landscape-validator -
   landscape-validator --disable-rule 30 --severity 3=error landscape.xml
   landscape-validator --rules site-rules.xml landscape.xml
+  landscape-validator -f text --output-file sarif=findings.sarif landscape.xml
+  landscape-validator --write-baseline baseline.json landscape.xml
+  landscape-validator --baseline baseline.json landscape.xml
 
 What every option is called in a file or in the environment: --show-config; the environment has
 LANDSCAPE_VALIDATOR_ before the name, such as LANDSCAPE_VALIDATOR_FAIL_ON=warning.
@@ -45,6 +49,7 @@ struct SValidateWords {
     SOptions options;
     SConfigurationOptions configuration;
     std::string failOn = "error";
+    SReportWords report;
 };
 
 void AddOutputOptions(CLI::App& command, SValidateWords& words) {
@@ -121,6 +126,7 @@ void AddValidateCommand(CLI::App& app, const std::vector<std::string>& filesBehi
     AddOutputOptions(command, *words);
     AddThresholdOptions(command, *words);
     AddRuleOptions(command, words->options.rules);
+    AddReportOptions(command, words->report);
     AddEnvironmentOptions(command, *words);
     CConfiguration::AddOptions(command, words->configuration);
     command.callback([words, filesBehindDashes, &command, files, &chosen] {
@@ -133,6 +139,7 @@ void AddValidateCommand(CLI::App& app, const std::vector<std::string>& filesBehi
         if (options.files.empty()) {
             throw CLI::RequiredError("FILE");
         }
+        options.report = ReadReportOptions(words->report);
         options.failOn = kThresholds.at(words->failOn);
         chosen = [options, notes](std::ostream& out, std::ostream& err) {
             err << notes;

@@ -1,0 +1,343 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "formats/findings_output.h"
+
+#include "formats/baseline_matcher.h"
+#include "formats/findings_writer.h"
+#include "formats/output_file.h"
+#include "formats/shown_findings.h"
+#include "formats/suppressions.h"
+#include "formats/text_encoding.h"
+#include "platform/host.h"
+#include "printable.h"
+#include "summary.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+
+namespace LandscapeValidator {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string FolderOf(const std::string& file) {
+    return fs::path(file).parent_path().string();
+}
+
+bool IsSameFile(const std::string& left, const std::string& right) {
+    std::error_code error;
+    return left == right || fs::equivalent(left, right, error);
+}
+
+bool ColoursWanted() {
+    const char* noColour = std::getenv("NO_COLOR");
+    return Nax::FrontEnd::XMLDB::IsStandardOutputTerminal() &&
+           (noColour == nullptr || *noColour == '\0');
+}
+
+SLeftOut LeftOut(const SReport* report) {
+    if (report == nullptr) {
+        return {};
+    }
+    const SReportCounts& counts = report->counts;
+    return {counts.known, counts.suppressed, counts.hidden, report->minSeverity};
+}
+
+std::string Describe(int rule, const std::string& file, const std::string& text) {
+    const std::string ruleText = rule < 0 ? "schema" : fmt::format("rule {}", rule);
+    return fmt::format("{}{}{}: {}", ruleText, file.empty() ? "" : ", ", file, text);
+}
+
+/// What of the baseline no longer occurs.
+void PrintGone(CSummary& summary, const SReport& report) {
+    std::vector<std::string> lines;
+    for (const SBaselineEntry& entry : report.gone) {
+        const std::string times = entry.count > 1 ? fmt::format(" ({} times)", entry.count) : "";
+        lines.push_back(Describe(entry.rule, entry.file, entry.text) + times);
+    }
+    if (!lines.empty()) {
+        summary.PrintList(report.pruned
+                              ? "Removed from the baseline, as they no longer occur:"
+                              : "Known findings that no longer occur (--prune-baseline removes "
+                                "them from the baseline):",
+                          lines);
+    }
+    lines.clear();
+    for (const SSuppression& entry : report.unused) {
+        lines.push_back(Describe(entry.rule, entry.file.value_or(""), entry.reason));
+    }
+    if (!lines.empty()) {
+        summary.PrintList("Suppressions of the baseline that no finding needs:", lines);
+    }
+}
+
+void WriteDocument(Format format, const SReport& report, std::ostream& stream) {
+    switch (format) {
+        case Format::Json:
+            return WriteJsonReport(report, stream);
+        case Format::Sarif:
+            return WriteSarifReport(report, stream);
+        case Format::Junit:
+            return WriteJunitReport(report, stream);
+        case Format::Github:
+            return WriteGithubReport(report, stream);
+        case Format::Text:
+            break;
+    }
+}
+
+const char* NameOf(Format format) {
+    switch (format) {
+        case Format::Json:
+            return "json";
+        case Format::Sarif:
+            return "sarif";
+        case Format::Junit:
+            return "junit";
+        case Format::Github:
+            return "github";
+        case Format::Text:
+            break;
+    }
+    return "text";
+}
+
+} // namespace
+
+CFindingsOutput::CFindingsOutput(const SOptions& options, std::ostream& out, std::ostream& err)
+    : m_options(options), m_report(options.report), m_out(out), m_err(err) {}
+
+void CFindingsOutput::AddError(const std::string& message, const std::string& file) {
+    m_err << "landscape-validator: " << PrintableLines(message) << '\n';
+    m_errors.push_back({ValidUtf8(message), ValidUtf8(file)});
+}
+
+bool CFindingsOutput::Fail(const std::string& message) {
+    AddError(message);
+    return false;
+}
+
+bool CFindingsOutput::CheckTarget(const std::string& target, const std::string& input) {
+    return !IsSameFile(target, input) ||
+           Fail("'" + target + "' is a file to validate; it is not written");
+}
+
+bool CFindingsOutput::CheckTarget(const std::string& target, const CFileList& files) {
+    for (std::size_t index = 0; index < files.GetCount(); ++index) {
+        if (!CheckTarget(target, files[index].path)) {
+            return false;
+        }
+    }
+    return std::all_of(m_options.files.begin(), m_options.files.end(),
+                       [&](const std::string& file) { return CheckTarget(target, file); });
+}
+
+bool CFindingsOutput::Prepare() {
+    std::error_code error;
+    return (m_report.baseline.empty() || ReadBaselineFile(m_report.baseline, m_baseline)) &&
+           (m_report.writeBaseline.empty() || !fs::is_regular_file(m_report.writeBaseline, error) ||
+            ReadBaselineFile(m_report.writeBaseline, m_replaced));
+}
+
+bool CFindingsOutput::ReadBaselineFile(const std::string& path, SBaseline& baseline) {
+    std::string reason;
+    return ReadBaseline(path, baseline, reason) ||
+           Fail(fmt::format("cannot use the baseline '{}': {}", path, reason));
+}
+
+bool CFindingsOutput::NeedsReport() const {
+    return m_report.outputs.size() > 1 || m_report.outputs.front().format != Format::Text ||
+           m_report.minSeverity != Severity::Info || !m_report.baseline.empty() ||
+           !m_report.writeBaseline.empty();
+}
+
+ExitCode CFindingsOutput::Write(const SRunOutcome& run) {
+    if (!NeedsReport()) {
+        WriteFormats(run, nullptr);
+        return ExitCodeOf(run, nullptr);
+    }
+    SReport report = BuildReport(run, m_errors);
+    report.failOn = m_options.failOn;
+    report.minSeverity = m_report.minSeverity;
+    report.baseline = m_report.baseline;
+    if (!m_report.baseline.empty()) {
+        CBaselineMatcher matcher(m_baseline, FolderOf(m_report.baseline));
+        matcher.Mark(report);
+        if (run.findings != nullptr) {
+            matcher.FindGone(report);
+        }
+    }
+    Count(report);
+    if (run.findings != nullptr) {
+        UpdateBaselines(run, report);
+    }
+    WriteFormats(run, &report);
+    return ExitCodeOf(run, &report);
+}
+
+void CFindingsOutput::Count(SReport& report) const {
+    SReportCounts& counts = report.counts;
+    for (SReportFinding& finding : report.findings) {
+        finding.hidden = finding.severity > m_report.minSeverity;
+        if (finding.state == BaselineState::Known) {
+            ++counts.known;
+        } else if (finding.state == BaselineState::Suppressed) {
+            ++counts.suppressed;
+        } else {
+            ++(finding.severity == Severity::Error     ? counts.errors
+               : finding.severity == Severity::Warning ? counts.warnings
+                                                       : counts.infos);
+            counts.hidden += finding.hidden ? 1 : 0;
+        }
+    }
+}
+
+void CFindingsOutput::UpdateBaselines(const SRunOutcome& run, SReport& report) {
+    if (!m_report.writeBaseline.empty()) {
+        WriteNewBaseline(run, report);
+    }
+    if (!m_report.pruneBaseline || m_report.writeBaseline == m_report.baseline) {
+        return;
+    }
+    if (!report.IsWhole()) {
+        m_err << "landscape-validator: nothing is removed from the baseline, because not every "
+                 "file or rule could be checked\n";
+    } else if (!report.gone.empty()) {
+        RemoveGone(m_baseline, report.gone);
+        std::string reason;
+        report.pruned = WriteBaseline(m_report.baseline, m_baseline, reason) ||
+                        Fail(fmt::format("cannot write '{}': {}", m_report.baseline, reason));
+    }
+}
+
+void CFindingsOutput::WriteNewBaseline(const SRunOutcome& run, const SReport& report) {
+    const std::string& path = m_report.writeBaseline;
+    if (!CheckTarget(path, run.files)) {
+        return;
+    }
+    const std::string folder = FolderOf(path);
+    std::vector<SSuppression> suppressions = m_replaced.suppressions;
+    if (!IsSameFile(path, m_report.baseline)) {
+        AddMovedSuppressions(m_baseline.suppressions, FolderOf(m_report.baseline), folder,
+                             suppressions);
+    }
+    const SBaseline baseline = MakeBaseline(report, folder, m_replaced, std::move(suppressions));
+    std::string reason;
+    if (WriteBaseline(path, baseline, reason)) {
+        m_written = baseline.findings.size();
+    } else {
+        Fail(fmt::format("cannot write '{}': {}", path, reason));
+    }
+}
+
+void CFindingsOutput::WriteFormats(const SRunOutcome& run, SReport* report) {
+    for (const SFormatOutput& output : m_report.outputs) {
+        if (report != nullptr) {
+            report->errors = m_errors;
+            report->exitCode = ExitCodeOf(run, report);
+        }
+        WriteFormat(output, run, report);
+    }
+    if (!m_report.IsTextOnStandardOutput()) {
+        WriteFacts(run, report);
+    }
+}
+
+void CFindingsOutput::WriteFormat(const SFormatOutput& output, const SRunOutcome& run,
+                                  const SReport* report) {
+    const bool toFile = !output.file.empty();
+    const auto write = [&](std::ostream& stream) {
+        if (output.format == Format::Text) {
+            WriteText(stream, !toFile && ColoursWanted(), run, report);
+        } else if (report != nullptr) {
+            WriteDocument(output.format, *report, stream);
+        }
+    };
+    if (output.format == Format::Sarif && report != nullptr &&
+        CountSarifResults(*report) > kManySarifResults) {
+        m_err << fmt::format(
+            "landscape-validator: the sarif document has {} results; services may show only the "
+            "first {}\n",
+            CountSarifResults(*report), kManySarifResults);
+    }
+    if (!toFile) {
+        write(m_out);
+        if (!m_out.flush()) {
+            Fail(output.format == Format::Text
+                     ? std::string("the summary cannot be written to standard output")
+                     : fmt::format("the {} document cannot be written to standard output",
+                                   NameOf(output.format)));
+        }
+        return;
+    }
+    if (!CheckTarget(output.file, run.files)) {
+        return;
+    }
+    std::string reason;
+    if (!WriteWholeFile(output.file, write, reason)) {
+        Fail(fmt::format("cannot write '{}': {}", output.file, reason));
+    }
+}
+
+void CFindingsOutput::WriteText(std::ostream& stream, bool colours, const SRunOutcome& run,
+                                const SReport* report) const {
+    if (run.findings == nullptr) {
+        return;
+    }
+    CSummary summary(stream, {colours, m_options.showAll, run.schemaChecked});
+    if (report == nullptr) {
+        summary.Print(*run.findings, run.files, run.entries, run.rules.size());
+    } else {
+        const CShownFindings shown(*run.findings, *report);
+        summary.Print(shown.Get(), run.files, run.entries, run.rules.size(), LeftOut(report));
+        PrintGone(summary, *report);
+    }
+    summary.PrintPageCounts(run.pageCounts);
+    WritePaths(stream, run);
+}
+
+void CFindingsOutput::WriteFacts(const SRunOutcome& run, const SReport* report) const {
+    if (run.findings == nullptr || report == nullptr) {
+        return;
+    }
+    CSummary summary(m_err, {false, m_options.showAll, run.schemaChecked});
+    const CShownFindings shown(*run.findings, *report);
+    summary.PrintShort(shown.Get(), run.files.GetCount(), run.entries, run.rules.size(),
+                       LeftOut(report));
+    PrintGone(summary, *report);
+    WritePaths(m_err, run);
+}
+
+void CFindingsOutput::WritePaths(std::ostream& stream, const SRunOutcome& run) const {
+    if (m_written) {
+        stream << "Baseline: " << m_report.writeBaseline << " (" << *m_written
+               << (*m_written == 1 ? " entry)\n" : " entries)\n");
+    }
+    stream << run.collected << "Database: " << run.database << '\n'
+           << "Report: " << run.page << '\n';
+}
+
+ExitCode CFindingsOutput::ExitCodeOf(const SRunOutcome& run, const SReport* report) const {
+    if (HasErrors() || run.findings == nullptr) {
+        return ExitCode::Failure;
+    }
+    if (report == nullptr) {
+        return run.findings->Reach(m_options.failOn) ? ExitCode::Findings : ExitCode::Clean;
+    }
+    // What a first baseline takes up is known from then on.
+    const bool accepted = m_written && m_report.baseline.empty();
+    const bool fails = m_options.failOn != Severity::None &&
+                       std::any_of(report->findings.begin(), report->findings.end(),
+                                   [&](const SReportFinding& finding) {
+                                       return finding.IsNew() &&
+                                              finding.severity <= m_options.failOn &&
+                                              !(accepted && MayBeKnown(*report, finding));
+                                   });
+    return fails ? ExitCode::Findings : ExitCode::Clean;
+}
+
+} // namespace LandscapeValidator
