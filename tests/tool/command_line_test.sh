@@ -135,6 +135,7 @@ check 'collect' 0 'Support archive: ' '' collect -o c --config-dir cfg
   cmp "unpacked/Landscape_files/L (2).xml" "$faulty" &&
   cmp unpacked/NAX_Common/settings.xml cfg/NAX/Common/settings.xml || failed=$((failed + 1))
 check 'collect a missing file' 2 'Support archive: ' "cannot collect 'none.xml'" collect -o c none.xml
+check 'a line end in a name' 2 'Support archive: ' "cannot collect 'a?b'" collect -o c $'a\nb'
 mkdir elsewhere
 (cd elsewhere && ! "$tool" collect -o ../c 2>err.txt | grep -q 'Landscape_files/l.xml  from' &&
   grep -q "Collect from the run's folder" err.txt) || failed=$((failed + 1))

@@ -49,7 +49,8 @@ bool IsDatabaseLeftOut(const SSupportFile& file) {
 }
 
 std::string WhyLeftOut(const SSupportFile& file) {
-    return fmt::format("cannot collect '{}': {}", file.source, file.problem);
+    // A line end in a name must not look like another message.
+    return fmt::format("cannot collect '{}': {}", Printable(file.source), file.problem);
 }
 
 /// One collection, step by step; each step is told on `err` when it fails.
