@@ -19,7 +19,8 @@ struct SSupportLandscapeFile {
     /// file in the archive. What a file name cannot hold everywhere is replaced, so that no name
     /// leads out of its folder: forbidden and control characters become "_", blanks and dots at the
     /// end are cut, a reserved device name gets "_" in front, nothing becomes "unnamed", and names
-    /// of over 200 bytes are shortened. Of two files that end up with one name the later counts.
+    /// of over 200 bytes are shortened. Of two files that end up with one name the later counts,
+    /// unless the request keeps both.
     std::string path;
     /// The content; without it the file at `path` (or at `source`) is copied.
     std::optional<std::string> text;
@@ -35,6 +36,9 @@ struct SSupportRequest {
     /// Collect nothing when one of the working folders' names is taken. Otherwise a folder of such
     /// a name belongs to the collection, which removes it with all that is in it.
     bool keepExistingFolders = false;
+    /// Keep all landscape files that end up with one name, letter case (ASCII) aside: the second
+    /// "l.xml" becomes "l (2).xml".
+    bool keepEqualNames = false;
     /// Asked between steps and while the archive is written; may be empty. Once it answers true the
     /// collection ends without an archive.
     std::function<bool()> isCancelled;
@@ -64,8 +68,9 @@ struct SSupportReport {
 /// configuration folder might lead to what is nobody's business.
 ///
 /// The archive takes its name when it is complete. When it cannot be made, an earlier one stays as
-/// it was and no other file is left. Archives ("*.zip*") that were last written over 30 days ago
-/// are removed after a successful collection, the working folders and "output.log" always.
+/// it was, whatever its age, and no other file is left. Other archives ("*.zip*") that were last
+/// written over 30 days ago are removed unless the collection was cancelled, the working folders
+/// and "output.log" always.
 ///
 /// Threads: one collection a folder at a time; no transaction may be open on the database. Throws
 /// nothing but std::bad_alloc.

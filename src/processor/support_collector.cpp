@@ -55,7 +55,7 @@ SSupportReport CSupportCollector::Collect() {
     } else {
         WriteZip();
     }
-    if (m_report.failure.empty()) {
+    if (m_report.failure != kCancelled) {
         RemoveOldArchives();
     }
     RemoveWorkingFolders();
@@ -233,7 +233,8 @@ void CSupportCollector::WriteZip() {
 void CSupportCollector::RemoveOldArchives() {
     const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
     for (const SFoundFile& file : FindFiles(m_request.folder, "*.zip*")) {
-        if (file.regular && now - file.writeTime > kOldestArchive &&
+        // Without a new archive the earlier one is the best that there is.
+        if (file.regular && file.name != kSupportArchive && now - file.writeTime > kOldestArchive &&
             DeleteFileA(InFolder(file.name).c_str()) != FALSE) {
             m_report.removed.push_back(file.name);
         }

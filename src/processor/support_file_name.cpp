@@ -57,14 +57,14 @@ std::string_view Cut(std::string_view text, std::size_t length) {
     return text.substr(0, length);
 }
 
-std::string Shortened(const std::string& name) {
-    if (name.size() <= kLongestName) {
-        return name;
-    }
+/// `mark` in front of the extension, and all of it no longer than a name may be.
+std::string Marked(const std::string& name, const std::string& mark) {
     const std::size_t dot = name.rfind('.');
-    const bool keeps = dot != std::string::npos && name.size() - dot <= kLongestExtension;
-    const std::string extension = keeps ? name.substr(dot) : std::string();
-    return std::string(Cut(name, kLongestName - extension.size())) + extension;
+    const bool keeps =
+        dot != std::string::npos && dot > 0 && name.size() - dot <= kLongestExtension;
+    const std::string end = mark + (keeps ? name.substr(dot) : std::string());
+    const std::string_view stem = std::string_view(name).substr(0, keeps ? dot : name.size());
+    return std::string(Cut(stem, kLongestName - end.size())) + end;
 }
 
 } // namespace
@@ -85,12 +85,26 @@ std::string PlainFileName(std::string_view path) {
             character = '_';
         }
     }
-    name = Shortened(name);
+    name = Marked(name, {});
     name.erase(name.find_last_not_of(". ") + 1);
     if (name.empty()) {
         return "unnamed";
     }
     return IsDevice(name) ? '_' + name : name;
+}
+
+std::string CUniqueFileNames::Take(const std::string& name) {
+    int& number = m_numbers[UpperCase(name)];
+    if (number == 0) {
+        number = 1;
+        return name;
+    }
+    std::string marked;
+    do {
+        ++number;
+        marked = Marked(name, " (" + std::to_string(number) + ")");
+    } while (!m_numbers.try_emplace(UpperCase(marked), 1).second);
+    return marked;
 }
 
 } // namespace Nax::FrontEnd::XMLDB

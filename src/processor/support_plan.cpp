@@ -64,8 +64,12 @@ std::vector<SPlannedFile> PlanSupportFiles(const SSupportRequest& request) {
     database.source = request.database;
     database.links = LinkRule::Follow;
     plan.push_back(std::move(database));
+    CUniqueFileNames names;
     for (const SSupportLandscapeFile& file : request.files) {
         plan.push_back(PlanLandscapeFile(file));
+        if (request.keepEqualNames) {
+            plan.back().name = names.Take(plan.back().name);
+        }
     }
     for (const SFixedSource& source : kFixedSources) {
         if (source.name == nullptr) {

@@ -166,6 +166,20 @@ TEST_F(CArchiveTest, WhatIsNoPlainFileStaysOutAndIsTold) {
     EXPECT_EQ(Unpack("DEXA_user"), Content{});
 }
 
+TEST_F(CArchiveTest, NamesThatBecomeOneAreAllKept) {
+    SSupportRequest request = Request();
+    request.keepEqualNames = true;
+    for (const char* path : {"a/l.xml", R"(a\L.xml)", "C:l.xml", "con.xml", "b/_con.xml"}) {
+        request.files.push_back({path, std::string("text of ") + path, {}});
+    }
+    ASSERT_EQ(CollectSupportFiles(request).failure, "");
+    EXPECT_EQ(Unpack("Landscape_files"), (Content{{"l.xml", "text of a/l.xml"},
+                                                  {"L (2).xml", R"(text of a\L.xml)"},
+                                                  {"l (3).xml", "text of C:l.xml"},
+                                                  {"_con.xml", "text of con.xml"},
+                                                  {"_con (2).xml", "text of b/_con.xml"}}));
+}
+
 TEST_F(CArchiveTest, OldArchivesAreRemoved) {
     const auto now = fs::file_time_type::clock::now();
     const struct {

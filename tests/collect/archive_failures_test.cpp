@@ -33,31 +33,38 @@ std::string Noise(std::size_t size) {
 class CFailingArchiveTest : public CArchiveTest {
 protected:
     CFailingArchiveTest() {
-        Write("collect here/LandscapeValidation.zip", kEarlier);
-        Write("collect here/old.zip", "over 30 days old");
-        fs::last_write_time(In("old.zip"),
-                            fs::file_time_type::clock::now() - std::chrono::hours(24 * 31));
+        WriteOldArchives();
         Write("win/naxmsg.ini", Noise(200000));
         Write("config/NAX/Common/small", "small");
         Write("config/NAX/Common/noise", Noise(60000));
         Write("data/NAX/DEXA/DexaOptions.xml", Noise(60000));
     }
+    void WriteOldArchives() const {
+        for (const auto& [name, text] :
+             {std::pair("LandscapeValidation.zip", kEarlier), {"old.zip", "over 30 days old"}}) {
+            Write(std::string("collect here/") + name, text);
+            fs::last_write_time(In(name),
+                                fs::file_time_type::clock::now() - std::chrono::hours(24 * 31));
+        }
+    }
     void ExpectEarlierArchive(const std::string& message) const {
         EXPECT_EQ(ReadAll(In("LandscapeValidation.zip")), kEarlier) << message;
-        EXPECT_EQ(Names(), (std::set<std::string>{"LandscapeValidation.zip", "old.zip"}))
-            << message;
     }
 };
 
 TEST_F(CFailingArchiveTest, AFullDiskLeavesTheEarlierArchive) {
     for (const rlim_t limit : {0U, 1U, 10U, 500U, 65000U, 115000U}) {
         SSupportReport report;
+        WriteOldArchives();
         {
             const CWriteLimit full(limit);
             report = CollectSupportFiles(Request());
         }
         EXPECT_NE(report.failure, "") << limit;
         ExpectEarlierArchive("limit " + std::to_string(limit));
+        // Cleaning up makes room.
+        EXPECT_EQ(report.removed, std::vector<std::string>{"old.zip"}) << limit;
+        EXPECT_EQ(Names(), std::set<std::string>{"LandscapeValidation.zip"}) << limit;
     }
     {
         // Room for the archive, none for one file: best effort.
@@ -83,6 +90,7 @@ TEST_F(CFailingArchiveTest, ACancelledCollectionLeavesTheEarlierArchive) {
         }
         EXPECT_EQ(report.failure, "The collection was cancelled") << cancelAt;
         ExpectEarlierArchive("cancelled at " + std::to_string(cancelAt));
+        EXPECT_EQ(Names(), (std::set<std::string>{"LandscapeValidation.zip", "old.zip"}));
     }
     EXPECT_GT(cancelled, 20);
     EXPECT_EQ(Unpack("Sys_files").size(), 1U);
@@ -92,11 +100,14 @@ TEST_F(CFailingArchiveTest, WhatAKilledCollectionLeftDoesNotGetIn) {
     Write("collect here/LandscapeValidation.zip.part", "half");
     Write("collect here/LandscapeValidation.zip.part.a1B2c3", "half");
     Write("collect here/LandscapeValidation.zip.partner/x", "a folder of somebody else");
+    Write("collect here/LandscapeValidation.zip.part of mine", "a file of somebody else");
+    Write("collect here/LandscapeValidation.zip.parts", "a file of somebody else");
     Write("collect here/Registry/NaxLandscapeRegistryConfig.txt", "left over");
     Write("collect here/Database/left over", "left over");
     EXPECT_EQ(CollectSupportFiles(Request()).failure, "");
-    EXPECT_EQ(Names(), (std::set<std::string>{"LandscapeValidation.zip",
-                                              "LandscapeValidation.zip.partner"}));
+    EXPECT_EQ(Names(), (std::set<std::string>{
+                           "LandscapeValidation.zip", "LandscapeValidation.zip.part of mine",
+                           "LandscapeValidation.zip.partner", "LandscapeValidation.zip.parts"}));
     EXPECT_EQ(Unpack("Registry").at("NaxLandscapeRegistryConfig.txt"), "");
     EXPECT_EQ(Unpack("Database").size(), 0U);
 }

@@ -48,5 +48,27 @@ TEST(PlainFileName, CannotLeadOutOfAFolderAnywhere) {
     }
 }
 
+TEST(UniqueFileNames, NoTwoAreOne) {
+    const std::string longName(196, 'a');
+    const struct {
+        std::string name;
+        std::string taken;
+    } cases[] = {
+        {"l.xml", "l.xml"},
+        {"L.XML", "L (2).XML"},
+        {"l (2).xml", "l (2) (2).xml"},
+        {"l.xml", "l (3).xml"},
+        {".hidden", ".hidden"},
+        {".hidden", ".hidden (2)"},
+        {longName + ".xml", longName + ".xml"},
+        {longName + ".xml", std::string(192, 'a') + " (2).xml"},
+        {longName + ".xml", std::string(192, 'a') + " (3).xml"},
+    };
+    CUniqueFileNames names;
+    for (const auto& test : cases) {
+        EXPECT_EQ(names.Take(test.name), test.taken);
+    }
+}
+
 } // namespace
 } // namespace Nax::FrontEnd::XMLDB

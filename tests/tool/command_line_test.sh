@@ -135,9 +135,41 @@ check 'collect' 0 'Support archive: ' '' collect -o c --config-dir cfg
   cmp "unpacked/Landscape_files/L (2).xml" "$faulty" &&
   cmp unpacked/NAX_Common/settings.xml cfg/NAX/Common/settings.xml || failed=$((failed + 1))
 check 'collect a missing file' 2 'Support archive: ' "cannot collect 'none.xml'" collect -o c none.xml
+check 'a line end in a name' 2 'Support archive: ' "cannot collect 'a?b'" collect -o c $'a\nb'
 mkdir elsewhere
 (cd elsewhere && ! "$tool" collect -o ../c 2>err.txt | grep -q 'Landscape_files/l.xml  from' &&
   grep -q "Collect from the run's folder" err.txt) || failed=$((failed + 1))
+# Behind a link, ".." is the folder that the system finds there.
+mkdir -p far/away
+cp -r c far/c
+rm far/c/LandscapeValidation.zip
+ln -s far/away link
+check 'a folder behind a link' 0 'far/c/LandscapeValidation.zip' '' collect -o link/../c "$clean"
+[ -e far/c/LandscapeValidation.zip ] || failed=$((failed + 1))
+
+# A database that a killed run left in the middle of a transaction: its copy is whole.
+cut_short() {
+  rm -rf cut
+  cp -r far/c cut
+  sqlite3 cut/UILandscape.db >/dev/null 2>&1 <<'END'
+PRAGMA cache_size = 1;
+BEGIN;
+CREATE TABLE half AS WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n LIMIT 2000)
+  SELECT i, hex(zeroblob(200)) FROM n;
+.shell kill -9 $PPID
+END
+  [ -s cut/UILandscape.db-journal ] || failed=$((failed + 1))
+}
+cut_short
+md5sum cut/UILandscape.db* >before.txt
+check 'list after a killed run' 2 '' 'UILandscape.db-journal' collect -o cut --list
+md5sum cut/UILandscape.db* | cmp - before.txt || failed=$((failed + 1))
+check 'collect after a killed run' 0 'Support archive: ' '' collect -o cut "$clean"
+rm -rf unpacked
+7z x -bd -bso0 -pnax -ounpacked cut/LandscapeValidation.zip </dev/null
+[ "$(sqlite3 unpacked/Database/UILandscape.db 'PRAGMA integrity_check')" = ok ] ||
+  failed=$((failed + 1))
+
 cp c/LandscapeValidation.zip earlier.zip
 mkdir c/Registry
 : >c/Registry/mine

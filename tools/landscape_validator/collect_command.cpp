@@ -23,17 +23,22 @@ namespace {
 
 constexpr char kName[] = "landscape-validator: ";
 
+/// With links resolved: behind one, ".." is not the folder that the text tells.
 std::string Absolute(const std::string& path) {
     std::error_code error;
-    const fs::path absolute = fs::absolute(path, error).lexically_normal();
+    fs::path absolute = fs::canonical(path, error);
+    if (error) {
+        absolute = fs::absolute(path, error);
+    }
     return error ? path : absolute.string();
 }
 
 SSupportRequest RequestFor(const std::string& folder) {
     SSupportRequest request;
     request.folder = Absolute(folder);
-    request.database = Absolute(folder + "/UILandscape.db");
+    request.database = request.folder + "/UILandscape.db";
     request.keepExistingFolders = true;
+    request.keepEqualNames = true;
     request.isCancelled = &IsStopRequested;
     return request;
 }
@@ -44,7 +49,8 @@ bool IsDatabaseLeftOut(const SSupportFile& file) {
 }
 
 std::string WhyLeftOut(const SSupportFile& file) {
-    return fmt::format("cannot collect '{}': {}", file.source, file.problem);
+    // A line end in a name must not look like another message.
+    return fmt::format("cannot collect '{}': {}", Printable(file.source), file.problem);
 }
 
 /// One collection, step by step; each step is told on `err` when it fails.
@@ -111,6 +117,10 @@ private:
     }
 
     bool FindLandscapeFiles(SSupportRequest& request) {
+        const bool interrupted = WasInterrupted(request.database);
+        if (interrupted && !m_options.list) {
+            SettleDatabase();
+        }
         if (!m_options.files.empty()) {
             for (const std::string& file : m_options.files) {
                 if (IsUtf8(file)) {
@@ -119,6 +129,10 @@ private:
                     Fail("cannot collect '" + file + "': Its name is not UTF-8");
                 }
             }
+        } else if (interrupted && m_options.list) {
+            return Fail("a run was interrupted, or is going on: '" + request.database +
+                        "-journal' is there, so the files of the last run cannot be told without "
+                        "writing; name the files");
         } else {
             std::string reason;
             if (!m_sources.AddFilesOfLastRun(request.database, reason)) {
@@ -149,6 +163,7 @@ private:
         TellWhereRelativeNamesAreLookedFor(report);
         if (!made) {
             Fail((m_options.list ? "" : "no archive was made: ") + report.failure);
+            PrintRemovedArchives(report, m_out);
         } else if (!m_options.list) {
             PrintSupportArchive(report, m_out);
         }
@@ -208,6 +223,7 @@ void CollectAfterRun(const std::string& outputFolder, const CFileList& files, st
     }
     if (!report.failure.empty()) {
         failures.push_back("no archive was made: " + report.failure);
+        PrintRemovedArchives(report, out);
         return;
     }
     PrintSupportArchive(report, out);

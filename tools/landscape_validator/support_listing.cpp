@@ -42,10 +42,14 @@ void PrintSupportFiles(const SSupportReport& report, const std::string& heading,
     out << '\n';
 }
 
-void PrintSupportArchive(const SSupportReport& report, std::ostream& out) {
+void PrintRemovedArchives(const SSupportReport& report, std::ostream& out) {
     for (const std::string& name : report.removed) {
         out << "Removed, older than 30 days: " << Printable(name) << '\n';
     }
+}
+
+void PrintSupportArchive(const SSupportReport& report, std::ostream& out) {
+    PrintRemovedArchives(report, out);
     std::error_code error;
     const auto size = std::filesystem::file_size(report.archive, error);
     out << fmt::format("Support archive: {} ({} bytes)\n", Printable(report.archive),

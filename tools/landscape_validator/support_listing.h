@@ -16,6 +16,9 @@ void PrintSupportFiles(const Nax::FrontEnd::XMLDB::SSupportReport& report,
                        const std::string& heading, const std::vector<std::string>& remote,
                        std::ostream& out);
 
+/// Prints which archives were removed for their age.
+void PrintRemovedArchives(const Nax::FrontEnd::XMLDB::SSupportReport& report, std::ostream& out);
+
 /// Prints where a finished archive is, and which older ones were removed.
 void PrintSupportArchive(const Nax::FrontEnd::XMLDB::SSupportReport& report, std::ostream& out);
 

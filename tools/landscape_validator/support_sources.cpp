@@ -5,7 +5,6 @@
 
 #include <naxfewxmldb/naxfewxmldb.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <sstream>
 #include <system_error>
@@ -15,32 +14,25 @@ namespace LandscapeValidator {
 using namespace Nax::FrontEnd::XMLDB;
 namespace fs = std::filesystem;
 
-namespace {
-
-std::string LowerCase(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), [](char character) {
-        return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
-                                                    : character;
-    });
-    return text;
+bool WasInterrupted(const std::string& database) {
+    std::error_code error;
+    const auto size = fs::file_size(database + "-journal", error);
+    return !error && size > 0;
 }
 
-} // namespace
-
-std::string CSupportSources::UniqueName(const std::string& path) {
-    const fs::path file = fs::path(path).filename();
-    std::string name = file.string();
-    for (int number = 2; !m_names.insert(LowerCase(name)).second; ++number) {
-        name =
-            file.stem().string() + " (" + std::to_string(number) + ")" + file.extension().string();
+void SettleDatabase() {
+    CDBProcessor processor(true, Normal, _bstr_t(), _bstr_t());
+    std::shared_ptr<IRecordset> rows;
+    // Reading rolls the journal back.
+    if (processor.Process(openDB, std::wstringstream()) &&
+        processor.DB_ExecuteQuery("SELECT name FROM sqlite_master", rows)) {
+        rows->Close();
     }
-    return name;
 }
 
 void CSupportSources::Add(const std::string& path) {
     SSupportLandscapeFile file;
-    file.path = UniqueName(path);
-    file.source = path;
+    file.path = path;
     m_files.push_back(std::move(file));
 }
 

@@ -3,15 +3,20 @@
 
 #include <naxfewxmldb/support_files.h>
 
-#include <set>
 #include <string>
 #include <vector>
 
 namespace LandscapeValidator {
 
-/// The landscape files of a support archive, each under a name of its own: a second
-/// "landscape.xml" becomes "landscape (2).xml". Letter case makes no difference, since it makes
-/// none where archives are usually unpacked.
+/// Whether a journal tells that a transaction on the database was cut short, or is going on.
+/// Opening such a database writes to it.
+bool WasInterrupted(const std::string& database);
+
+/// Brings the output folder's database back to its last whole state, as far as that goes. Without
+/// its journal a copy would hold half a transaction.
+void SettleDatabase();
+
+/// The landscape files of a support archive.
 class CSupportSources {
 public:
     void Add(const std::string& path);
@@ -26,11 +31,8 @@ public:
     const std::vector<std::string>& GetRemote() const { return m_remote; }
 
 private:
-    std::string UniqueName(const std::string& path);
-
     std::vector<Nax::FrontEnd::XMLDB::SSupportLandscapeFile> m_files;
     std::vector<std::string> m_remote;
-    std::set<std::string> m_names; ///< in lower case
 };
 
 } // namespace LandscapeValidator

@@ -109,12 +109,15 @@ std::string Write(const std::string& path, const std::vector<SArchiveEntry>& ent
     return {};
 }
 
+/// Removes what the writer leaves: the part, and temporary files with six more characters.
 void RemoveParts(const std::string& path) {
     const std::size_t slash = path.rfind('/');
     const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
     const std::string prefix = path.substr(slash == std::string::npos ? 0 : slash + 1) + ".part";
+    const std::size_t longest = prefix.size() + 7;
     for (const SFoundFile& file : FindFiles(folder, "*.part*")) {
-        if (file.regular && file.name.starts_with(prefix)) {
+        if (file.regular && (file.name == prefix || (file.name.size() == longest &&
+                                                     file.name.starts_with(prefix + '.')))) {
             ::unlink(JoinPath(folder, file.name).c_str());
         }
     }
