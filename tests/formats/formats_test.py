@@ -116,7 +116,7 @@ class Formats(unittest.TestCase):
             self.assertNotRegex(uri, r"[^!-~]|%(?![0-9A-F]{2})")
             path = urllib.parse.unquote(urllib.parse.urlsplit(uri).path)
             if finding["file"].startswith("https:"):
-                self.assertEqual(urllib.parse.unquote(uri), finding["file"])
+                self.assertEqual(uri, finding["file"])
             else:
                 self.assertEqual(path, finding["file"])
 

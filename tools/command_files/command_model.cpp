@@ -22,6 +22,8 @@ std::vector<std::string> AllowedWords(CLI::Option& option) {
             refusal = (*option.get_validator(index))(std::string("\x01"));
         } catch (const CLI::OptionNotFound&) {
             return words;
+        } catch (const CLI::ValidationError&) {
+            continue; // a conversion, which knows no list
         }
         const std::size_t begin = refusal.find("not in {");
         const std::size_t end = refusal.rfind('}');
