@@ -21,22 +21,23 @@ constexpr std::size_t kMaxGuardedBytes = std::size_t{256} * 1024 * 1024;
 constexpr int kColumnsPerObject = 60;
 
 /// The column names of rows as arguments of json_object, several of them for many columns. Names
-/// are quoted: "count(*)" is one, too, and must not be counted again.
+/// are quoted: "count(*)" is one, too, and must not be counted again. The outer json refuses what
+/// json_object makes of an infinite number.
 std::string ObjectList(IRecordset& recordset, const TextProcessor& texts) {
     std::string list;
     for (int column = 0; column < recordset.GetColumnCount(); ++column) {
         const bool isFirst = column % kColumnsPerObject == 0;
         const std::string name = recordset.GetColumnName(column).GetString();
         list.append(!isFirst      ? ","
-                    : column == 0 ? "json_object("
-                                  : "), json_object(")
+                    : column == 0 ? "json(json_object("
+                                  : ")), json(json_object(")
             .append("'")
             .append(texts.EscapeSql(name))
             .append("',\"")
             .append(texts.ReplaceAll(name, {{"\"", "\"\""}}))
             .append("\"");
     }
-    return list + ")";
+    return list + "))";
 }
 
 /// The objects of a row as one.

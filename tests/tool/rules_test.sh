@@ -180,6 +180,15 @@ at=$(grep -n -m1 Gold gold.xsd | cut -d: -f1)
 check 'a fault and its line' 2 '' "(line $at)" -o new --schema gold.xsd "$clean"
 check 'a table is missing' 2 '' 'gives no table Routers' -o new --schema gate.xsd "$clean"
 check 'no stylesheet' 2 '' "'owner.xsd' cannot be used" -o new --stylesheet owner.xsd "$clean"
+printf '<xsl:stylesheet\n  version=>' >broken.xslt
+check 'broken stylesheet' 2 '' "'broken.xslt' cannot be used: line 2: " -o new \
+  --stylesheet broken.xslt "$clean"
+cat >remote.xslt <<END
+<xsl:stylesheet version="1.0" xmlns:xsl="http://www.w3.org/1999/XSL/Transform">
+<xsl:import href="http://stylesheets.invalid/other.xslt"/></xsl:stylesheet>
+END
+check 'remote stylesheet' 2 '' 'nothing is fetched from a network' -o new \
+  --stylesheet remote.xslt "$clean"
 check 'missing schema' 2 '' "cannot read 'none.xsd'" schema print --schema none.xsd
 "$tool" schema print --schema owner.xsd | cmp - owner.xsd || failed=$((failed + 1))
 
