@@ -92,6 +92,8 @@ public:
     /// Whether a guarded export may write a file of that name: letters, digits, "-", "_" and ".",
     /// no "." at the beginning, ".json" at the end.
     static bool IsExportFileName(const std::string& name);
+    /// How many statements a body holds.
+    static std::size_t CountStatements(const std::string& body);
     /// Runs every export rule on a thread of its own, then every rule's PostRun, which writes the
     /// report page with its style sheet, icon font and logo to `outputFolder`.
     ///

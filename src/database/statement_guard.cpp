@@ -45,16 +45,36 @@ constexpr std::array<std::string_view, 6> kRefusedFunctions = {
     "load_extension", "readfile", "writefile", "edit", "fts3_tokenizer", "sqlite_log"};
 
 constexpr std::array kActionNames = {
-    std::pair{SQLITE_DELETE, "DELETE from"},  std::pair{SQLITE_INSERT, "INSERT into"},
-    std::pair{SQLITE_UPDATE, "UPDATE of"},    std::pair{SQLITE_PRAGMA, "PRAGMA"},
-    std::pair{SQLITE_ATTACH, "ATTACH"},       std::pair{SQLITE_DETACH, "DETACH"},
-    std::pair{SQLITE_SAVEPOINT, "SAVEPOINT"}, std::pair{SQLITE_FUNCTION, "the function"},
+    std::pair{SQLITE_DELETE, "DELETE from"},
+    std::pair{SQLITE_INSERT, "INSERT into"},
+    std::pair{SQLITE_UPDATE, "UPDATE of"},
+    std::pair{SQLITE_PRAGMA, "PRAGMA"},
+    std::pair{SQLITE_ATTACH, "ATTACH"},
+    std::pair{SQLITE_DETACH, "DETACH"},
+    std::pair{SQLITE_SAVEPOINT, "SAVEPOINT"},
+    std::pair{SQLITE_FUNCTION, "the function"},
+    std::pair{SQLITE_REINDEX, "REINDEX of"},
+    std::pair{SQLITE_CREATE_TRIGGER, "CREATE TRIGGER"},
+    std::pair{SQLITE_CREATE_TEMP_TRIGGER, "CREATE TRIGGER"},
+    std::pair{SQLITE_DROP_TRIGGER, "DROP TRIGGER"},
+    std::pair{SQLITE_DROP_TEMP_TRIGGER, "DROP TRIGGER"},
 };
 
-struct SStatementCloser {
-    void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+// What the first question about a statement is when it is about the list of all tables.
+constexpr std::array kSchemaActionNames = {
+    std::pair{SQLITE_INSERT, "CREATE of a table, an index or a view"},
+    std::pair{SQLITE_DELETE, "DROP of a table, an index or a view"},
+    // No UPDATE gets so far: this is a virtual table that comes into being as it is named.
+    std::pair{SQLITE_UPDATE, "a table-valued function other than json_each and json_tree"},
 };
-using Statement = std::unique_ptr<sqlite3_stmt, SStatementCloser>;
+
+/// Null when the action has no name here.
+template <std::size_t count>
+const char* NameOf(const std::array<std::pair<int, const char*>, count>& names, int action) {
+    const auto found = std::find_if(names.begin(), names.end(),
+                                    [action](const auto& item) { return item.first == action; });
+    return found == names.end() ? nullptr : found->second;
+}
 
 std::string_view TextOf(const char* text) {
     return text == nullptr ? std::string_view() : std::string_view(text);
@@ -72,23 +92,37 @@ bool Contains(const std::array<std::string_view, count>& names, std::string_view
 }
 
 /// What a denied action is called; its objects come from the statement.
-std::string DescribeAction(int action, std::string_view object, std::string_view function) {
-    if (object.starts_with("sqlite_") && action != SQLITE_PRAGMA) {
+std::string DescribeAction(int action, std::string_view object, std::string_view second,
+                           std::string_view schema) {
+    const char* schemaName = NameOf(kSchemaActionNames, action);
+    if (schemaName != nullptr && object.starts_with("sqlite_")) {
+        return schemaName;
+    }
+    switch (action) {
+        case SQLITE_TRANSACTION:
+            return std::string(object) + " of a transaction";
+        case SQLITE_ALTER_TABLE:
+            return std::string("ALTER TABLE ").append(second);
+        case SQLITE_ANALYZE:
+            return "ANALYZE";
+        default:
+            break;
+    }
+    const char* name = NameOf(kActionNames, action);
+    if (name == nullptr) {
         return "a change of the database's tables, indexes, views or triggers";
     }
-    if (action == SQLITE_TRANSACTION) {
-        return std::string(object) + " of a transaction";
-    }
-    const auto* name = std::find_if(kActionNames.begin(), kActionNames.end(),
-                                    [action](const auto& item) { return item.first == action; });
-    if (name == kActionNames.end()) {
-        return "a change of the database's tables, indexes, views or triggers";
-    }
-    const std::string_view subject = action == SQLITE_FUNCTION ? function : object;
-    return std::string(name->second).append(subject.empty() ? "" : " ").append(subject);
+    const std::string_view subject = action == SQLITE_FUNCTION ? second : object;
+    // The results that a rule may insert into have the same name.
+    const char* prefix = EqualIgnoringCase(object, kResults) && schema == "main" ? "main." : "";
+    return std::string(name).append(subject.empty() ? "" : " ").append(prefix).append(subject);
 }
 
 } // namespace
+
+void CStatementGuard::SStatementCloser::operator()(sqlite3_stmt* statement) const {
+    sqlite3_finalize(statement);
+}
 
 struct CStatementGuard::SState {
     sqlite3* connection = nullptr;
@@ -96,7 +130,8 @@ struct CStatementGuard::SState {
     Deadline deadline;
     bool lifted = false;
     bool begun = false;
-    bool hasInsert = false;
+    bool hasInsert = false; ///< in any statement
+    bool mayInsert = false; ///< in the statement that is being prepared
     bool timedOut = false;
     int costlyCalls = 0; ///< in the statement that is being prepared
     std::string denied;
@@ -120,6 +155,7 @@ struct CStatementGuard::SState {
                 if (access == GuardAccess::InsertResults && EqualIgnoringCase(object, kResults) &&
                     schema == "temp") {
                     hasInsert = true;
+                    mayInsert = true;
                     return true;
                 }
                 return false;
@@ -136,8 +172,9 @@ struct CStatementGuard::SState {
         }
         if (state.denied.empty() && state.costlyCalls > kMostCostlyCalls) {
             state.denied = "more than 20 searches in texts in one statement";
-        } else if (state.denied.empty()) {
-            state.denied = DescribeAction(action, TextOf(object), TextOf(second));
+        } else if (state.denied.empty() || action == SQLITE_ANALYZE) {
+            // ANALYZE asks for a table of its own first.
+            state.denied = DescribeAction(action, TextOf(object), TextOf(second), TextOf(schema));
         }
         return SQLITE_DENY;
     }
@@ -188,6 +225,8 @@ bool CStatementGuard::Begin() {
         state.lifted = true;
         return false;
     }
+    // SQLite makes these tables when they are first named, which looks like a change.
+    Execute("SELECT 1 FROM json_each('[]'), json_tree('[]')");
     for (std::size_t index = 0; index < kLimits.size(); ++index) {
         state.previousLimits[index] =
             sqlite3_limit(state.connection, kLimits[index].first, kLimits[index].second);
@@ -226,32 +265,49 @@ void CStatementGuard::Lift() {
 void CStatementGuard::BeginStatement() {
     m_state->denied.clear();
     m_state->costlyCalls = 0;
+    m_state->mayInsert = false;
 }
 
 bool CStatementGuard::Prepare(const std::string& sql) {
+    return PrepareStatement(sql).has_value();
+}
+
+std::optional<CStatementGuard::Statement> CStatementGuard::PrepareStatement(
+    const std::string& sql) {
     SState& state = *m_state;
     if (!state.begun) {
-        return false;
+        return std::nullopt;
     }
     BeginStatement();
     sqlite3_stmt* prepared = nullptr;
     const int code = sqlite3_prepare_v2(state.connection, sql.c_str(), -1, &prepared, nullptr);
-    const Statement statement(prepared);
-    return code == SQLITE_OK || FailWith(Describe(code));
+    Statement statement(prepared);
+    if (code != SQLITE_OK) {
+        FailWith(Describe(code));
+        return std::nullopt;
+    }
+    if (sqlite3_bind_parameter_count(prepared) > 0) {
+        const char* name = sqlite3_bind_parameter_name(prepared, 1);
+        FailWith("the placeholder " + std::string(name == nullptr ? "?" : name) +
+                 " is not known, and nothing would stand for it");
+        return std::nullopt;
+    }
+    if (prepared != nullptr && sqlite3_stmt_readonly(prepared) == 0 && !state.mayInsert) {
+        // Asks nobody until it runs, and then under the name of what it is made of.
+        state.denied = "VACUUM";
+        FailWith(Describe(SQLITE_AUTH));
+        return std::nullopt;
+    }
+    return statement;
 }
 
 bool CStatementGuard::Run(const std::string& sql) {
     SState& state = *m_state;
-    if (!state.begun) {
+    const std::optional<Statement> prepared = PrepareStatement(sql);
+    if (!prepared.has_value()) {
         return false;
     }
-    BeginStatement();
-    sqlite3_stmt* prepared = nullptr;
-    int code = sqlite3_prepare_v2(state.connection, sql.c_str(), -1, &prepared, nullptr);
-    const Statement statement(prepared);
-    if (code != SQLITE_OK) {
-        return FailWith(Describe(code));
-    }
+    sqlite3_stmt* statement = prepared->get();
     if (Clock::now() >= state.deadline) {
         // Short statements never come to the check of the running ones.
         state.timedOut = true;
@@ -260,8 +316,9 @@ bool CStatementGuard::Run(const std::string& sql) {
     if (statement == nullptr) {
         return true; // nothing but white space or a comment
     }
+    int code = SQLITE_OK;
     do {
-        code = sqlite3_step(statement.get());
+        code = sqlite3_step(statement);
     } while (code == SQLITE_ROW);
     return code == SQLITE_DONE || FailWith(Describe(code));
 }

@@ -3,9 +3,11 @@
 
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
 
 struct sqlite3;
+struct sqlite3_stmt;
 
 namespace Nax::FrontEnd::XMLDB {
 
@@ -61,9 +63,15 @@ public:
 
 private:
     struct SState;
+    struct SStatementCloser {
+        void operator()(sqlite3_stmt* statement) const;
+    };
+    using Statement = std::unique_ptr<sqlite3_stmt, SStatementCloser>;
 
     bool Begin();
     void Lift();
+    /// None when it was refused. A null pointer stands for white space and comments.
+    std::optional<Statement> PrepareStatement(const std::string& sql);
     bool Execute(const char* sql);
     bool FindForeignRow(const std::string& ruleId);
     bool FailWith(const std::string& message);

@@ -55,9 +55,9 @@ CStringA CExportRule::PreprocessQuery(const CStringA& query) {
     return query;
 }
 
-std::vector<std::string> CExportRule::GetStatements(const IRule& rule) {
+std::vector<std::string> CExportRule::GetStatements(const std::string& body) {
     const TextProcessor texts;
-    std::vector<std::string> statements = texts.Split(rule.body.GetString(), ';');
+    std::vector<std::string> statements = texts.Split(body, ';');
     std::erase_if(statements,
                   [&texts](const std::string& piece) { return texts.TrimLeft(piece).empty(); });
     return statements;
@@ -71,14 +71,14 @@ bool CExportRule::Run() {
         return false;
     }
     if (IsGuarded()) {
-        m_deadline = std::chrono::steady_clock::now() + *m_timeLimit;
+        m_timeLeft = *m_timeLimit;
         if (!CRulesProcessor::IsExportFileName(output.GetString())) {
             reserved = "not allowed: the name of its output";
             return false;
         }
     }
     CJsonExporter exporter(m_processor, *this);
-    const std::vector<std::string> statements = GetStatements(*this);
+    const std::vector<std::string> statements = GetStatements(body.GetString());
     bool result = false;
     for (std::size_t index = 0; index < statements.size(); ++index) {
         if (output.Find(".") < 0) {

@@ -56,13 +56,14 @@ public:
     const SExportContext& GetContext() const { return m_context; }
     /// Takes the text that goes into the page, in place of one kept before.
     void KeepJson(std::string json);
-    /// The statements of a rule's body, in order.
-    static std::vector<std::string> GetStatements(const IRule& rule);
+    /// The statements of a body, in order.
+    static std::vector<std::string> GetStatements(const std::string& body);
     /// Makes it an export from elsewhere: read only, bounded in time, file names checked.
     void SetGuard(std::chrono::milliseconds timeLimit) { m_timeLimit = timeLimit; }
     bool IsGuarded() const { return m_timeLimit.has_value(); }
-    /// Of a guarded export's run: when it must have ended.
-    std::chrono::steady_clock::time_point GetDeadline() const { return m_deadline; }
+    /// Of a guarded export's run: what its statements may still take together.
+    std::chrono::steady_clock::duration GetTimeLeft() const { return m_timeLeft; }
+    void TakeTime(std::chrono::steady_clock::duration time) { m_timeLeft -= time; }
     /// Whether the last PostRun wrote all files.
     bool IsReportWritten() const { return m_reportWritten; }
 
@@ -75,7 +76,7 @@ private:
     SExportContext m_context;
     std::string m_json;
     std::optional<std::chrono::milliseconds> m_timeLimit;
-    std::chrono::steady_clock::time_point m_deadline;
+    std::chrono::steady_clock::duration m_timeLeft{};
     bool m_reportWritten = false;
 };
 

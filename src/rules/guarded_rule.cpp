@@ -13,6 +13,7 @@ namespace Nax::FrontEnd::XMLDB {
 namespace {
 
 constexpr char kClass[] = "Nax::FrontEnd::XMLDB::CGuardedRule";
+constexpr char kNoInsert[] = "no statement inserts into ValidationResults: the rule finds nothing";
 
 CStatementGuard::Deadline DeadlineAfter(std::chrono::milliseconds limit) {
     return std::chrono::steady_clock::now() + limit;
@@ -68,6 +69,10 @@ std::string CGuardedRule::RunBody() {
                    (guard.IsTimedOut() ? " (" + Seconds(m_timeLimit) + " s)" : "");
         }
     }
+    if (!guard.HasInsert()) {
+        // A mistake, such as a body that is a comment as a whole, must not look like a pass.
+        return kNoInsert;
+    }
     return guard.Store(id.GetString()) ? std::string() : guard.GetFailure();
 }
 
@@ -82,7 +87,7 @@ std::vector<std::string> CGuardedRule::Check() {
         }
     }
     if (faults.empty() && !guard.HasInsert()) {
-        faults.emplace_back("no statement inserts into ValidationResults: the rule finds nothing");
+        faults.emplace_back(kNoInsert);
     }
     return faults;
 }

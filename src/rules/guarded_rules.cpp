@@ -24,7 +24,7 @@ std::vector<std::string> CheckExport(CDBProcessor& processor, const CExportRule&
     std::vector<std::string> faults;
     CStatementGuard guard(*processor.GetDatabase(), GuardAccess::ReadOnly,
                           std::chrono::steady_clock::now() + kCheckTime);
-    const std::vector<std::string> statements = CExportRule::GetStatements(rule);
+    const std::vector<std::string> statements = CExportRule::GetStatements(rule.body.GetString());
     for (std::size_t index = 0; index < statements.size(); ++index) {
         if (!guard.Prepare("SELECT * FROM (" + statements[index] + ")")) {
             faults.push_back(StatementLabel(index, statements.size()) + guard.GetFailure());
@@ -73,6 +73,10 @@ std::vector<std::string> CRulesProcessor::CheckBody(const std::shared_ptr<IRule>
 bool CRulesProcessor::IsExportFileName(const std::string& name) {
     return name.size() > kExportFileEnd.size() && name.ends_with(kExportFileEnd) &&
            name.front() != '.' && name.find_first_not_of(kFileNameCharacters) == std::string::npos;
+}
+
+std::size_t CRulesProcessor::CountStatements(const std::string& body) {
+    return CExportRule::GetStatements(body).size();
 }
 
 } // namespace Nax::FrontEnd::XMLDB

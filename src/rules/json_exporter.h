@@ -9,6 +9,7 @@ namespace Nax::FrontEnd::XMLDB {
 
 class CDBProcessor;
 class CExportRule;
+class CStatementGuard;
 
 /// Turns the rows of a statement into one JSON array of objects, inside the database, and hands it
 /// to a file or to its rule, as the rule's run context says.
@@ -30,6 +31,9 @@ public:
 private:
     bool ReadColumnList(const std::string& source, std::string& list);
     bool ReadGuarded(const std::string& source, std::string& json);
+    /// Why it failed; empty when it did not.
+    std::string ReadGuardedRows(CStatementGuard& guard, const std::string& source,
+                                std::string& json);
     bool ReadJson(const std::string& source, std::string& json);
     bool Deliver(std::string json, const std::string& fileName);
 

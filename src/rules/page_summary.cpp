@@ -22,7 +22,8 @@ using ExportRules = std::vector<std::shared_ptr<IRule>>;
 std::string FindStatement(const ExportRules& rules, const char* name) {
     for (const std::shared_ptr<IRule>& rule : rules) {
         if (rule->name.CompareNoCase(name) == 0) {
-            const std::vector<std::string> statements = CExportRule::GetStatements(*rule);
+            const std::vector<std::string> statements =
+                CExportRule::GetStatements(rule->body.GetString());
             return statements.size() == 1 ? statements.front() : std::string();
         }
     }

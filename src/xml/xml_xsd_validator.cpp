@@ -40,6 +40,8 @@ IXMLDOMDocument2Ptr LoadSchema(const _bstr_t& schema) {
     NAX_CHECK(document.CreateInstance(CLSID_DOMDocument60));
     NAX_CHECK(document->setProperty(_bstr_t(L"ProhibitDTD"), _variant_t(kFalse)));
     VARIANT_BOOL loaded = VARIANT_FALSE;
+    // The lines of a schema's own faults are counted in this document.
+    NAX_CHECK(document->put_preserveWhiteSpace(VARIANT_TRUE));
     if (IsSchemaText(ToNarrow(schema))) {
         NAX_CHECK(document->loadXML(schema, &loaded));
     } else {

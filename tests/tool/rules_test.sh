@@ -90,7 +90,9 @@ for id in 33 -1 x 08; do
 done
 check 'built-in rule left out' 2 '' 'no such rule' -o new --no-built-in-rules --only-rule 8 "$clean"
 check 'no level' 2 '' 'expected is ID=error' -o new --severity 8 "$clean"
-check 'no time' 2 '' '--rule-timeout' -o new --rule-timeout 0 "$clean"
+for time in 0 nan -1 1e9; do
+  check "time limit $time" 2 '' '--rule-timeout' -o new "--rule-timeout=$time" "$clean"
+done
 
 check 'beside the built-in ones' 0 'and 34 rules' '' -o r --rules good.xml "$clean"
 check 'instead of them' 0 'and 1 rule.' '' -o r --rules good.xml --no-built-in-rules "$clean"
@@ -139,6 +141,12 @@ for output in ../a.json /a.json a.txt UILandscape.db .json FilterAllRules.json; 
     "$clean"
 done
 
+cat >parts.xml <<END
+<Actions><JsonRequest id="9" name="n" output="a.json" body="SELECT 1 AS a; SELECT 2 AS a;"/>
+<JsonRequest id="10" name="m" output="a_1.json" body="SELECT 1 AS a"/></Actions>
+END
+check 'a numbered file' 2 '' 'output "a_1.json" is taken' -o new --actions parts.xml "$clean"
+
 check 'list' 0 '        8  error    Redundant UUIDs in Items' '' rules list
 check 'list of one' 0 '      100  info     All services' '' rules list --rules good.xml
 check 'explain' 0 'How to mend it' '' rules explain 32
@@ -167,8 +175,20 @@ check 'new attribute, own schema' 0 'rule 100 line 33: me' '' -o r --all --schem
 check 'new attribute, old schema' 1 'no such column: owner' '' rules check owners.xml
 check 'rules for that schema' 0 'no faults' '' rules check --schema owner.xsd owners.xml
 check 'no schema' 2 '' "'no.xsd' is no usable schema" -o new --schema no.xsd "$clean"
+sed 's/type="GUID"/type="Gold"/' owner.xsd >gold.xsd
+at=$(grep -n -m1 Gold gold.xsd | cut -d: -f1)
+check 'a fault and its line' 2 '' "(line $at)" -o new --schema gold.xsd "$clean"
 check 'a table is missing' 2 '' 'gives no table Routers' -o new --schema gate.xsd "$clean"
 check 'no stylesheet' 2 '' "'owner.xsd' cannot be used" -o new --stylesheet owner.xsd "$clean"
+printf '<xsl:stylesheet\n  version=>' >broken.xslt
+check 'broken stylesheet' 2 '' "'broken.xslt' cannot be used: line 2: " -o new \
+  --stylesheet broken.xslt "$clean"
+cat >remote.xslt <<END
+<xsl:stylesheet version="1.0" xmlns:xsl="http://www.w3.org/1999/XSL/Transform">
+<xsl:import href="http://stylesheets.invalid/other.xslt"/></xsl:stylesheet>
+END
+check 'remote stylesheet' 2 '' 'nothing is fetched from a network' -o new \
+  --stylesheet remote.xslt "$clean"
 check 'missing schema' 2 '' "cannot read 'none.xsd'" schema print --schema none.xsd
 "$tool" schema print --schema owner.xsd | cmp - owner.xsd || failed=$((failed + 1))
 

@@ -60,6 +60,9 @@ void AddRuleOptions(CLI::App& command, SRuleOptions& options) {
         .add_option_function<double>(
             "--rule-timeout",
             [&options](double seconds) {
+                if (std::isnan(seconds)) { // is in no range, and outside of none
+                    throw CLI::ValidationError("--rule-timeout", "\"nan\" is not a number");
+                }
                 options.sources.timeLimit = std::chrono::milliseconds(std::llround(seconds * 1000));
             },
             "Longest time that one rule or action of a file may take")

@@ -126,8 +126,24 @@ void CRuleSet::LoadActions() {
     for (const SRuleElement& action : m_actions) {
         AddUnique(action, "output", outputs);
     }
+    AddPartOutputs(outputs);
     std::swap(ruleIds, m_ids);
     std::swap(ruleNames, m_names);
+}
+
+/// The files that are numbered because their action has several statements.
+void CRuleSet::AddPartOutputs(std::map<std::string, std::string>& known) {
+    for (const SRuleElement& action : m_actions) {
+        const std::string output = action.Get("output");
+        const std::size_t dot = output.find('.');
+        const std::size_t count = CRulesProcessor::CountStatements(action.Get("body"));
+        for (std::size_t index = 0; count > 1 && index < count; ++index) {
+            SRuleElement part = action;
+            part.attributes["output"] =
+                output.substr(0, dot) + "_" + std::to_string(index) + output.substr(dot);
+            AddUnique(part, "output", known);
+        }
+    }
 }
 
 void CRuleSet::LoadChoice() {

@@ -57,6 +57,7 @@ private:
     void AddUnique(const SRuleElement& element, const char* attribute,
                    std::map<std::string, std::string>& known);
     void LoadActions();
+    void AddPartOutputs(std::map<std::string, std::string>& known);
     void LoadChoice();
     void CheckId(const std::string& option, const std::string& id);
     bool IsChosen(const std::string& id) const;

@@ -65,13 +65,15 @@ std::string WhyUnreadable(const std::string& path) {
     return file ? std::string() : std::generic_category().message(errno);
 }
 
+struct SNobody : IXmlElementSink {
+    void StartElement(std::string_view, std::span<const SXmlAttribute>, long) override {}
+    void EndElement(std::string_view) override {}
+    void Characters(std::string_view) override {}
+};
+
 /// The reason of a schema that cannot be used; the check of no file at all fails otherwise.
 std::string WhyNoSchema(const std::string& path) {
-    struct SNobody : IXmlElementSink {
-        void StartElement(std::string_view, std::span<const SXmlAttribute>, long) override {}
-        void EndElement(std::string_view) override {}
-        void Characters(std::string_view) override {}
-    } nobody;
+    SNobody nobody;
     CXmlXsdValidator validator(true);
     SXmlValidationResult result;
     _bstr_t message;
@@ -84,6 +86,30 @@ std::string WhyNoSchema(const std::string& path) {
     const std::string text = static_cast<const char*>(message);
     const std::size_t at = text.find(kDescription);
     return at == std::string::npos ? text : text.substr(at + kDescription.size());
+}
+
+/// The document that loads a stylesheet knows no lines; the check against a schema of nothing does.
+std::string WhyNotWellFormed(const std::string& path) {
+    constexpr char kNothing[] = R"(<xs:schema xmlns:xs="http://www.w3.org/2001/XMLSchema"/>)";
+    SNobody nobody;
+    CXmlXsdValidator validator(true);
+    SXmlValidationResult result;
+    _bstr_t message;
+    const std::string file = Absolute(path);
+    validator.Validate(true, file.c_str(), file.c_str(), kNothing, message, nobody, result);
+    if (result.wellFormed || result.issues.empty()) {
+        return {};
+    }
+    const SXmlIssue& issue = result.issues.front();
+    return "line " + std::to_string(issue.line) + ": " + issue.reason;
+}
+
+std::string WhyNoTransformation(CXsdToDDLMapper& mapper) {
+    _bstr_t ddl;
+    const IXMLDOMDocument2Ptr stylesheet = mapper.GetXsltDocument().GetDocument();
+    const HRESULT code = mapper.GetXsdDocument().GetDocument()->transformNode(
+        stylesheet.GetInterfacePtr(), ddl.GetAddress());
+    return SUCCEEDED(code) ? std::string() : std::string(GetErrorDescription());
 }
 
 std::string MissingTable(CDBProcessor& processor) {
@@ -100,9 +126,17 @@ std::string MissingTable(CDBProcessor& processor) {
 }
 
 std::string WhyNoTables(const SSchemaFiles& files) {
-    std::string failure;
+    std::string failure =
+        files.stylesheet.empty() ? std::string() : WhyNotWellFormed(files.stylesheet);
+    if (!failure.empty()) {
+        return failure;
+    }
     const std::shared_ptr<CXsdToDDLMapper> mapper = MakeMapper(files, failure);
     if (mapper == nullptr) {
+        return failure;
+    }
+    failure = WhyNoTransformation(*mapper);
+    if (!failure.empty()) {
         return failure;
     }
     CDBProcessor processor(true, Normal, _bstr_t(), _bstr_t());
