@@ -100,6 +100,7 @@ SOptionModel ReadOption(CLI::Option& option) {
         model.names.push_back("--" + name);
     }
     model.description = option.get_description();
+    model.required = option.get_required();
     model.repeatable = option.get_multi_option_policy() == CLI::MultiOptionPolicy::TakeAll ||
                        option.get_items_expected_max() > 1;
     if (option.get_items_expected_max() == 0) {
