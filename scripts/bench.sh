@@ -308,7 +308,7 @@ if [[ "$parts" == yes ]]; then
     "$bin/bench_parts" --benchmark_format=csv 2>/dev/null >"$work/parts.csv"
     echo "| part | time ms | CPU ms | items/s |"
     echo "|---|---:|---:|---:|"
-    awk -F, '/^"/ && $1 !~ /_RMS/ {
+    awk -F, '/^"/ && $1 !~ /_(RMS|BigO)/ {
         gsub(/"/, "", $1)
         printf "| %s | %.1f | %.1f | %s |\n", $1, $3, $4, ($7 == "" ? "" : sprintf("%.0f", $7)) }' \
         "$work/parts.csv"

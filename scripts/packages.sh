@@ -10,6 +10,8 @@ check_packages=(clang-format clang-tidy)
 
 # Completions and manual pages in the shells and formatters that people have.
 test_packages+=(bash-completion bsdextrautils man-db mandoc shellcheck python3-yaml yamllint zsh)
+# For bench_parts, which clang-tidy reads too.
+test_packages+=(libbenchmark-dev libre2-dev)
 package_packages=(dpkg-dev file lintian)
 docs_packages=(doxygen mkdocs)
 

@@ -26,7 +26,7 @@ void Fill(CDBProcessor& processor, std::int64_t findings) {
 }
 
 void PostProcess(benchmark::State& state) {
-    for (auto _ : state) {
+    for ([[maybe_unused]] const auto _ : state) {
         state.PauseTiming();
         {
             CBenchDatabase database;

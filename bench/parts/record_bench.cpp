@@ -40,7 +40,7 @@ void Collect(CElementCollector& collector, std::int64_t rows) {
 
 void CollectElements(benchmark::State& state) {
     const CBenchDatabase database;
-    for (auto _ : state) {
+    for ([[maybe_unused]] const auto _ : state) {
         CElementCollector collector(database.GetTables());
         Collect(collector, kRows);
         benchmark::DoNotOptimize(collector.GetRecords().GetCount());
@@ -53,7 +53,7 @@ void MakeRecordTexts(benchmark::State& state) {
     const CBenchDatabase database;
     CElementCollector collector(database.GetTables());
     Collect(collector, kRows);
-    for (auto _ : state) {
+    for ([[maybe_unused]] const auto _ : state) {
         std::size_t length = 0;
         collector.GetRecords().ForEach([&](const CRecordBuffer::SRecord& record) {
             length += MakeRecordText(database.GetTables()[record.table], record.values, "0").size();
@@ -66,7 +66,7 @@ BENCHMARK(MakeRecordTexts)->Unit(benchmark::kMillisecond);
 
 /// Each record as text through Process, queued and bound by the commit.
 void StoreByQueue(benchmark::State& state) {
-    for (auto _ : state) {
+    for ([[maybe_unused]] const auto _ : state) {
         CBenchDatabase database;
         CElementCollector collector(database.GetTables());
         Collect(collector, kRows);
@@ -85,7 +85,7 @@ BENCHMARK(StoreByQueue)->Unit(benchmark::kMillisecond);
 
 /// The same records inserted at once.
 void StoreByLoader(benchmark::State& state) {
-    for (auto _ : state) {
+    for ([[maybe_unused]] const auto _ : state) {
         CBenchDatabase database;
         CRecordLoader loader(database.GetProcessor());
         loader.Begin();

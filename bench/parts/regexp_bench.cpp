@@ -106,7 +106,7 @@ void UuidFormat(benchmark::State& state, const char* function) {
     CValues values;
     values.AddUuids(state.range(0));
     const auto expected = static_cast<int>(state.range(0) - (state.range(0) + 99) / 100);
-    for (auto _ : state) {
+    for ([[maybe_unused]] const auto _ : state) {
         if (values.Count(function, kUuidPattern) != expected) {
             state.SkipWithError("wrong number of matches");
         }
@@ -129,7 +129,7 @@ std::string Repeat(const std::string& text, std::size_t length) {
 void LongPattern(benchmark::State& state, const std::string& pattern) {
     CValues values;
     values.AddText(Repeat("a", static_cast<std::size_t>(state.range(0))));
-    for (auto _ : state) {
+    for ([[maybe_unused]] const auto _ : state) {
         if (values.Count("regexp", pattern) != 0) {
             state.SkipWithError("must not match");
         }

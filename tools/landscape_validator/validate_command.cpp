@@ -38,11 +38,8 @@ namespace {
 // files. Larger pages hold findings with their rules' texts in one piece. Space that is given up
 // held nothing that the input does not hold, so it need not be overwritten.
 constexpr const char* kDatabaseSettings[] = {
-    "PRAGMA synchronous = OFF",
-    "PRAGMA page_size = 8192",
-    "PRAGMA cache_size = -65536",
-    "PRAGMA temp_store = MEMORY",
-    "PRAGMA secure_delete = OFF",
+    "PRAGMA synchronous = OFF",   "PRAGMA page_size = 8192",    "PRAGMA cache_size = -65536",
+    "PRAGMA temp_store = MEMORY", "PRAGMA secure_delete = OFF",
 };
 
 /// Why a file of the command line cannot be read; empty when it can.
