@@ -3,7 +3,8 @@
 
 /// \file
 /// The support archive: one zip file with all that support needs to see why a landscape cannot be
-/// validated. CDBProcessor::CollectSupportFiles makes it; the functions here also tell what went in.
+/// validated. CDBProcessor::CollectSupportFiles makes it; the functions here also tell what went
+/// in.
 #include <naxfewxmldb/export.h>
 
 #include <cstdint>

@@ -181,8 +181,9 @@ SCommandModel ReadCommand(CLI::App& app, const std::string& path) {
     }
     FillPairs(model);
     for (CLI::App* inner : app.get_subcommands(nullptr)) {
-        const std::string name = inner->get_name();
-        model.commands.push_back(ReadCommand(*inner, path.empty() ? name : path + " " + name));
+        std::string words = path.empty() ? path : path + " ";
+        words += inner->get_name();
+        model.commands.push_back(ReadCommand(*inner, words));
     }
     return model;
 }
