@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// The support archive: one zip file with all that support needs to see why a landscape cannot be
-// validated. CDBProcessor::CollectSupportFiles makes it; the functions here also tell what went in.
+/// \file
+/// The support archive: one zip file with all that support needs to see why a landscape cannot be
+/// validated. CDBProcessor::CollectSupportFiles makes it; the functions here also tell what went
+/// in.
 #include <naxfewxmldb/export.h>
 
 #include <cstdint>

@@ -16,9 +16,9 @@ fi
 read -ra COMP_WORDS <<<"${line//=/ = }"
 [[ $line != *[[:space:]=] ]] || COMP_WORDS+=("")
 COMP_LINE=$line COMP_POINT=${#line} COMP_CWORD=$((${#COMP_WORDS[@]} - 1)) COMP_TYPE=9 COMP_KEY=9
-read -ra specification <<<"$(complete -p landscape-validator)"
-for ((i = 0; i < ${#specification[@]}; ++i)); do
-    [[ ${specification[i]} != -F ]] || function=${specification[i + 1]}
+read -ra definition <<<"$(complete -p landscape-validator)"
+for ((i = 0; i < ${#definition[@]}; ++i)); do
+    [[ ${definition[i]} != -F ]] || function=${definition[i + 1]}
 done
 "$function" "$program" "${COMP_WORDS[-1]}" "${COMP_WORDS[-2]}" 2>/dev/null
 printf '%s\n' "${COMPREPLY[@]}"

@@ -4,38 +4,10 @@
 set -u
 tool=$1
 examples=$2
+. "$(dirname "$0")/check.sh"
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work" || exit 1
-passed=0
-failed=0
-
-# check NAME EXIT OUT ERR ARGUMENTS...: OUT and ERR are fixed texts, "" for an empty stream and "*"
-# for any.
-check() {
-  local name=$1 exit=$2 out=$3 err=$4 got
-  shift 4
-  "$tool" "$@" >out.txt 2>err.txt </dev/null
-  got=$?
-  if [ "$got" -eq "$exit" ] && holds out.txt "$out" && holds err.txt "$err"; then
-    passed=$((passed + 1))
-  else
-    failed=$((failed + 1))
-    printf 'FAILED: %s: %s\n  exit %s, wanted %s; wanted out "%s", err "%s"; got:\n' \
-      "$name" "$*" "$got" "$exit" "$out" "$err"
-    sed 's/^/  out: /' out.txt
-    sed 's/^/  err: /' err.txt
-  fi
-}
-
-holds() {
-  case $2 in
-    "*") return 0 ;;
-    "") [ ! -s "$1" ] ;;
-    *) grep -qF -- "$2" "$1" ;;
-  esac
-}
-
 clean=$examples/clean_landscape.xml
 faulty=$examples/faulty_landscape.xml
 printf '<Landscape' >broken.xml

@@ -4,37 +4,12 @@
 set -u
 tool=$1
 examples=$2
+. "$(dirname "$0")/check.sh"
+# A run that ends with 2 must not have made it.
+untouched=new
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work" || exit 1
-passed=0
-failed=0
-
-# check NAME EXIT OUT ERR ARGUMENTS...: OUT and ERR are fixed texts of each stream, "" for an empty
-# stream and "*" for any. A run that ends with 2 must not have made the folder "new".
-check() {
-  local name=$1 exit=$2 out=$3 err=$4 got
-  shift 4
-  "$tool" "$@" >out.txt 2>err.txt </dev/null
-  got=$?
-  if [ "$got" -eq "$exit" ] && holds out.txt "$out" && holds err.txt "$err" && [ ! -e new ]; then
-    passed=$((passed + 1))
-  else
-    failed=$((failed + 1))
-    printf 'FAILED: %s: %s\n  exit %s, wanted %s; wanted out "%s", err "%s"; got:\n' \
-      "$name" "$*" "$got" "$exit" "$out" "$err"
-    sed 's/^/  out: /' out.txt
-    sed 's/^/  err: /' err.txt
-  fi
-}
-
-holds() {
-  case $2 in
-    "*") return 0 ;;
-    "") [ ! -s "$1" ] ;;
-    *) grep -qF -- "$2" "$1" ;;
-  esac
-}
 
 # rule ID NAME TYPE BODY [MORE]: a rule's element.
 rule() {

@@ -100,6 +100,7 @@ SOptionModel ReadOption(CLI::Option& option) {
         model.names.push_back("--" + name);
     }
     model.description = option.get_description();
+    model.required = option.get_required();
     model.repeatable = option.get_multi_option_policy() == CLI::MultiOptionPolicy::TakeAll ||
                        option.get_items_expected_max() > 1;
     if (option.get_items_expected_max() == 0) {
@@ -180,8 +181,9 @@ SCommandModel ReadCommand(CLI::App& app, const std::string& path) {
     }
     FillPairs(model);
     for (CLI::App* inner : app.get_subcommands(nullptr)) {
-        const std::string name = inner->get_name();
-        model.commands.push_back(ReadCommand(*inner, path.empty() ? name : path + " " + name));
+        std::string words = path.empty() ? path : path + " ";
+        words += inner->get_name();
+        model.commands.push_back(ReadCommand(*inner, words));
     }
     return model;
 }

@@ -23,6 +23,7 @@ struct SOptionModel {
     std::string value;              ///< how the help shows the value, "LEVEL"; empty for a flag
     std::string preset; ///< the value when the option is not given, if the help tells it
     std::string description;
+    bool required = false;
     bool repeatable = false;
     bool pair = false; ///< the value is KEY=VALUE
     SValueKind first;  ///< the value, or the key of a pair

@@ -61,8 +61,16 @@ std::string NamesOf(const SOptionModel& option) {
     return option.value.empty() ? names : names + " \\fI" + Roff(option.value) + "\\fR";
 }
 
+/// Help texts say "(repeatable)" in passing; a page has a sentence, or a type, for it.
+constexpr char kRepeatable[] = " (repeatable)";
+
 std::string Entry(const std::string& tag, const SOptionModel& option) {
-    return ".TP\n" + tag + "\n" + Text(option.description) + ".\n";
+    std::string description = option.description;
+    const std::size_t mark = description.find(kRepeatable);
+    if (mark != std::string::npos) {
+        description.erase(mark, sizeof kRepeatable - 1);
+    }
+    return ".TP\n" + tag + "\n" + Text(description) + ".\n";
 }
 
 std::string OptionEntry(const SOptionModel& option) {
@@ -70,7 +78,7 @@ std::string OptionEntry(const SOptionModel& option) {
     if (!option.preset.empty()) {
         entry += "The default is\n.BR " + Roff(option.preset) + " .\n";
     }
-    if (option.repeatable) {
+    if (option.repeatable && option.description.find("may be repeated") == std::string::npos) {
         entry += "May be given several times.\n";
     }
     return entry;
@@ -80,7 +88,9 @@ std::string Synopsis(const SCommandModel& command) {
     std::string line = std::string("\\fB") + kProgram + " " + Roff(command.path) + "\\fR";
     line += command.options.empty() ? "" : " [\\fIoptions\\fR]";
     for (const SOptionModel& operand : command.operands) {
-        line += " \\fI" + Roff(operand.value) + "\\fR" + (operand.repeatable ? "..." : "");
+        const std::string words =
+            "\\fI" + Roff(operand.value) + "\\fR" + (operand.repeatable ? "..." : "");
+        line += operand.required ? " " + words : " [" + words + "]";
     }
     return line;
 }

@@ -28,14 +28,16 @@ std::string Action(const SOptionModel& option) {
     return ":" + Quoted(option.value) + ":{" + call + "}";
 }
 
-/// The specification of one option: '(-o --output)'{-o+,--output=}'[text]:DIR:{action}'.
-std::string OptionSpecification(const SOptionModel& option) {
+/// One option as _arguments takes it: '(-o --output)'{-o+,--output=}'[text]:DIR:{action}'.
+std::string OptionArgument(const SOptionModel& option) {
     std::string excluded;
     std::string forms;
     for (const std::string& name : option.names) {
         const std::string form = option.value.empty() ? "" : (name[1] == '-' ? "=" : "+");
         excluded += (excluded.empty() ? "" : " ") + name;
-        forms += (forms.empty() ? "" : ",") + name + form;
+        forms += forms.empty() ? "" : ",";
+        forms += name;
+        forms += form;
     }
     if (option.names.size() > 1) {
         forms = "{" + forms + "}";
@@ -47,7 +49,7 @@ std::string OptionSpecification(const SOptionModel& option) {
 std::string ArgumentsCase(const SCommandModel& command) {
     std::string text = "    '" + command.path + "')\n        _arguments -s -S :";
     for (const SOptionModel& option : command.options) {
-        text += " \\\n            " + OptionSpecification(option);
+        text += " \\\n            " + OptionArgument(option);
     }
     for (const SOptionModel& operand : command.operands) {
         text += std::string(" \\\n            '") + (operand.repeatable ? "*" : "") +

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "landscape_tables.h"
 
+#include "dom_nodes.h"
+
 namespace LandscapeValidator {
 
 using namespace Nax::FrontEnd::XMLDB;
@@ -22,52 +24,21 @@ const std::map<std::string, DBOperations, std::less<>> kOperations = {
     {"Parameter", AddParameter},
     {"Item", DBOperations::AddItem}};
 
-std::string Narrow(const _bstr_t& text) {
-    const char* narrow = text;
-    return narrow == nullptr ? std::string() : std::string(narrow);
-}
-
 std::string LocalName(const std::string& qualified) {
     return qualified.substr(qualified.find(':') + 1);
 }
 
-std::string NodeName(IXMLDOMNode* node) {
-    _bstr_t name;
-    node->get_nodeName(name.GetAddress());
-    return LocalName(Narrow(name));
-}
-
-std::string ReadAttribute(IXMLDOMNode* node, const wchar_t* name) {
-    IXMLDOMNamedNodeMapPtr attributes;
-    IXMLDOMNodePtr attribute;
-    _bstr_t text;
-    if (node->get_attributes(&attributes) == S_OK &&
-        attributes->getNamedItem(_bstr_t(name), &attribute) == S_OK) {
-        attribute->get_text(text.GetAddress());
-    }
-    return Narrow(text);
-}
-
 /// Collects the attribute declarations below `node` for the nearest named element around them.
 void CollectAttributes(IXMLDOMNode* node, const std::string& element, Elements& elements) {
-    IXMLDOMNodeListPtr children;
-    long count = 0;
-    if (node->get_childNodes(&children) != S_OK || children->get_length(&count) != S_OK) {
-        return;
-    }
-    for (long index = 0; index < count; ++index) {
-        IXMLDOMNodePtr child;
-        if (children->get_item(index, &child) != S_OK) {
-            continue;
-        }
-        const std::string kind = NodeName(child);
-        const std::string name = ReadAttribute(child, L"name");
+    ForEachChild(node, [&](IXMLDOMNode* child) {
+        const std::string kind = LocalName(NameOf(child));
+        const std::string name = AttributeOf(child, L"name");
         if (kind == "attribute" && !name.empty()) {
-            elements[element][name] = ReadAttribute(child, L"use") == "required" ||
-                                      LocalName(ReadAttribute(child, L"type")) == "GUID";
+            elements[element][name] = AttributeOf(child, L"use") == "required" ||
+                                      LocalName(AttributeOf(child, L"type")) == "GUID";
         }
         CollectAttributes(child, kind == "element" && !name.empty() ? name : element, elements);
-    }
+    });
 }
 
 Elements ReadSchema(const CDBProcessor& processor) {

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "rule_descriptions.h"
 
+#include "dom_nodes.h"
+
 #include <naxfewxmldb/naxfewxmldb.h>
 
 #include <cstdlib>
-#include <functional>
 
 namespace LandscapeValidator {
 
@@ -13,45 +14,6 @@ using namespace Nax::FrontEnd::XMLDB;
 namespace {
 
 constexpr int kDescriptionsResource = 202;
-
-std::string Narrow(const _bstr_t& text) {
-    const char* narrow = text;
-    return narrow == nullptr ? std::string() : std::string(narrow);
-}
-
-std::string NameOf(IXMLDOMNode* node) {
-    _bstr_t name;
-    node->get_nodeName(name.GetAddress());
-    return Narrow(name);
-}
-
-std::string TextOf(IXMLDOMNode* node) {
-    _bstr_t text;
-    node->get_text(text.GetAddress());
-    return Narrow(text);
-}
-
-void ForEachChild(IXMLDOMNode* node, const std::function<void(IXMLDOMNode*)>& visit) {
-    IXMLDOMNodeListPtr children;
-    long count = 0;
-    if (node->get_childNodes(&children) != S_OK || children->get_length(&count) != S_OK) {
-        return;
-    }
-    for (long index = 0; index < count; ++index) {
-        IXMLDOMNodePtr child;
-        if (children->get_item(index, &child) == S_OK) {
-            visit(child);
-        }
-    }
-}
-
-std::string ReadId(IXMLDOMNode* node) {
-    IXMLDOMNamedNodeMapPtr attributes;
-    IXMLDOMNodePtr id;
-    const bool found = node->get_attributes(&attributes) == S_OK &&
-                       attributes->getNamedItem(_bstr_t(L"id"), &id) == S_OK;
-    return found ? TextOf(id) : std::string();
-}
 
 SRuleText ReadText(IXMLDOMNode* node) {
     SRuleText text;
@@ -91,7 +53,7 @@ CRuleDescriptions::CRuleDescriptions() {
     }
     ForEachChild(root, [this](IXMLDOMNode* child) {
         if (NameOf(child) == "Description") {
-            const std::string id = ReadId(child);
+            const std::string id = AttributeOf(child, L"id");
             m_descriptions[static_cast<int>(std::strtol(id.c_str(), nullptr, 10))] =
                 ReadDescription(child);
         }

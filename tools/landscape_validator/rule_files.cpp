@@ -2,21 +2,17 @@
 #include "rule_files.h"
 
 #include "printable.h"
+#include "readable_file.h"
 
 #include <naxfewxmldb/naxfewxmldb.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <filesystem>
-#include <fstream>
 #include <string_view>
-#include <system_error>
 #include <tuple>
 
 namespace LandscapeValidator {
 
 using namespace Nax::FrontEnd::XMLDB;
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -147,20 +143,6 @@ private:
     int m_depth = 0;
 };
 
-std::string WhyUnreadable(const std::string& path) {
-    std::error_code error;
-    const fs::file_status status = fs::status(path, error);
-    if (!fs::exists(status)) {
-        return error ? error.message() : "No such file or directory";
-    }
-    if (!fs::is_regular_file(status)) {
-        return fs::is_directory(status) ? "It is a folder" : "It is not a file";
-    }
-    errno = 0;
-    const std::ifstream file(path, std::ios::binary);
-    return file ? std::string() : std::generic_category().message(errno);
-}
-
 } // namespace
 
 std::string SFileFault::Describe() const {
@@ -185,7 +167,7 @@ const std::string& SRuleElement::Get(const std::string& name) const {
 
 SRuleFile ReadRuleFile(const std::string& path) {
     SRuleFile file;
-    const std::string reason = IsUtf8(path) ? WhyUnreadable(path) : "Its name is not UTF-8";
+    const std::string reason = WhyUnreadable(path);
     if (!reason.empty()) {
         file.faults.push_back({path, 0, "cannot be read: " + reason});
         return file;

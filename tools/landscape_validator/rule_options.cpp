@@ -18,8 +18,8 @@ constexpr char kGroup[] = "Rules";
 } // namespace
 
 void AddRuleSourceOptions(CLI::App& command, SRuleSources& sources) {
-    Repeatable(command.add_option("--rules", sources.ruleFiles,
-                                  "Also run the rules of this file (repeatable)"))
+    Repeatable(
+        command.add_option("--rules", sources.ruleFiles, "Add the rules of this file (repeatable)"))
         ->option_text("FILE")
         ->group(kGroup);
     command
@@ -67,6 +67,7 @@ void AddRuleOptions(CLI::App& command, SRuleOptions& options) {
             },
             "Longest time that one rule or action of a file may take")
         ->option_text("SECONDS [30]")
+        ->default_str("30")
         ->check(CLI::Range(kShortestLimit, kLongestLimit).description(""))
         ->group(kGroup);
     Repeatable(command.add_option("--actions", options.actionFiles,

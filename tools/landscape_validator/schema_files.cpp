@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "schema_files.h"
 
-#include "printable.h"
+#include "readable_file.h"
 
 #include <array>
-#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
-#include <system_error>
 
 namespace LandscapeValidator {
 
@@ -47,22 +45,6 @@ std::shared_ptr<CXsdToDDLMapper> MakeMapper(const SSchemaFiles& files, std::stri
         return nullptr;
     }
     return std::make_shared<CXsdToDDLMapper>(false, schema.GetDocument(), stylesheet.GetDocument());
-}
-
-std::string WhyUnreadable(const std::string& path) {
-    if (path.empty()) {
-        return {};
-    }
-    if (!IsUtf8(path)) {
-        return "its name is not UTF-8";
-    }
-    std::error_code error;
-    if (fs::exists(path, error) && !fs::is_regular_file(path, error)) {
-        return "It is not a file";
-    }
-    errno = 0;
-    const std::ifstream file(path, std::ios::binary);
-    return file ? std::string() : std::generic_category().message(errno);
 }
 
 struct SNobody : IXmlElementSink {
@@ -153,7 +135,7 @@ std::string CheckSchemaFiles(const SSchemaFiles& files) {
         return {};
     }
     for (const std::string& path : {files.schema, files.stylesheet}) {
-        const std::string reason = WhyUnreadable(path);
+        const std::string reason = path.empty() ? std::string() : WhyUnreadable(path);
         if (!reason.empty()) {
             return "cannot read '" + path + "': " + reason;
         }

@@ -11,6 +11,7 @@
 #include "platform/host.h"
 #include "platform/host_files.h"
 #include "printable.h"
+#include "readable_file.h"
 #include "report.h"
 #include "rule_indexes.h"
 #include "rule_set.h"
@@ -18,9 +19,7 @@
 
 #include <fmt/format.h>
 
-#include <cerrno>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <sstream>
 #include <system_error>
@@ -41,21 +40,6 @@ constexpr const char* kDatabaseSettings[] = {
     "PRAGMA synchronous = OFF",   "PRAGMA page_size = 8192",    "PRAGMA cache_size = -65536",
     "PRAGMA temp_store = MEMORY", "PRAGMA secure_delete = OFF",
 };
-
-/// Why a file of the command line cannot be read; empty when it can.
-std::string WhyUnreadable(const std::string& path) {
-    std::error_code error;
-    const fs::file_status status = fs::status(path, error);
-    if (!fs::exists(status)) {
-        return error ? error.message() : "No such file or directory";
-    }
-    if (!fs::is_regular_file(status)) {
-        return {}; // a pipe can be opened once only, and that is the parser's turn
-    }
-    errno = 0;
-    const std::ifstream file(path, std::ios::binary);
-    return file ? std::string() : std::generic_category().message(errno);
-}
 
 /// One run, step by step; each step is told on `err` when it fails.
 class CValidateRun {
@@ -129,7 +113,7 @@ private:
     }
 
     bool AddInputFile(const std::string& path) {
-        const std::string reason = IsUtf8(path) ? WhyUnreadable(path) : "Its name is not UTF-8";
+        const std::string reason = WhyUnreadable(path, Pipes::Untried);
         if (IsUtf8(path)) {
             m_files.AddCommandLineFile(path);
         }

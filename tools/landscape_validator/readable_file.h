@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <string>
+
+namespace LandscapeValidator {
+
+enum class Pipes {
+    Refused,
+    Untried ///< taken without a look: a pipe can be opened once only, and that is its reader's turn
+};
+
+/// Why a file that the user named cannot be read; empty when it can.
+std::string WhyUnreadable(const std::string& path, Pipes pipes = Pipes::Refused);
+
+} // namespace LandscapeValidator
