@@ -38,11 +38,8 @@ namespace {
 // files. Larger pages hold findings with their rules' texts in one piece. Space that is given up
 // held nothing that the input does not hold, so it need not be overwritten.
 constexpr const char* kDatabaseSettings[] = {
-    "PRAGMA synchronous = OFF",
-    "PRAGMA page_size = 8192",
-    "PRAGMA cache_size = -65536",
-    "PRAGMA temp_store = MEMORY",
-    "PRAGMA secure_delete = OFF",
+    "PRAGMA synchronous = OFF",   "PRAGMA page_size = 8192",    "PRAGMA cache_size = -65536",
+    "PRAGMA temp_store = MEMORY", "PRAGMA secure_delete = OFF",
 };
 
 /// Why a file of the command line cannot be read; empty when it can.
@@ -85,10 +82,8 @@ public:
         WriteReport();
         // Read after the report, which moves failed results without an entry to "no file": summary
         // and page tell the same.
-        SFindings findings = CollectFindings(*m_processor, m_loader->GetOutcomes(), m_lines);
-        if (const std::optional<Severity> gate = m_ruleSet.GetSchemaGate()) {
-            findings.SetSchemaGate(*gate);
-        }
+        SFindings findings = CollectFindings(*m_processor, m_loader->GetOutcomes(), m_places);
+        findings.SetSchemaGate(m_ruleSet.GetSchemaGate());
         RemoveOldBackups(m_options.outputFolder, m_options.keepBackups);
         RemoveOldSummaries(m_options.outputFolder, m_options.keepBackups + 1);
         return Tell(findings);
@@ -226,8 +221,8 @@ private:
             done = (m_rules->GetRules().empty() || m_rules->Execute()) && done;
             m_rules->PreProcess(m_loader->GetFindings());
             indexes.AddForLookUps();
-            m_lines = LocateFindings(*m_processor, m_loader->GetTables(), m_loader->GetPositions(),
-                                     m_ruleSet.HasBuiltInRules());
+            m_places = LocateFindings(*m_processor, m_loader->GetTables(), m_loader->GetPositions(),
+                                      m_ruleSet.HasBuiltInRules());
         }
         ShowProgress({});
         return done || FailDatabase("the rules cannot be run");
@@ -273,7 +268,8 @@ private:
         return m_output.Write({m_files, &m_loader->GetOutcomes(), &findings, m_rules->GetRules(),
                                m_loader->GetEntryCount(), m_report->ReadPageCounts(),
                                m_processor->GetDatabaseFileName(), m_report->GetPagePath(),
-                               collected, m_ruleSet.IsSchemaChosen(), m_ruleSet.HasBuiltInRules()});
+                               collected, m_ruleSet.IsSchemaChosen(), m_ruleSet.GetSchemaGate(),
+                               m_ruleSet.HasBuiltInRules()});
     }
 
     bool FailDatabase(const std::string& message) {
@@ -299,7 +295,7 @@ private:
     std::unique_ptr<CLandscapeLoader> m_loader;
     std::unique_ptr<CRulesProcessor> m_rules;
     std::unique_ptr<CReport> m_report;
-    FindingLines m_lines;
+    FindingPlaces m_places;
 };
 
 } // namespace
