@@ -19,7 +19,10 @@ MALFORMED = [
     ('{"version": 1,\n"findings": [\n{"rule": 30}]}', 'line 3: "findings", entry 1: "text"'),
     ('{"version": 1,\n"findings": [\n{"rule": 30,\n"text": 5}]}', 'line 3: '),
     ('{"version": 1, "findings": [{"rule": "x", "text": "t"}]}', '"rule" must be'),
+    ('{"version": 1, "findings": [{"rule": "-5", "text": "t"}]}', '"rule" must be'),
     ('{"version": 1, "findings": [{"rule": 30, "text": "t", "count": 0}]}', '"count" must be'),
+    ('{"version": 1, "findings": [{"rule": 30, "text": "t", "count": 18446744073709551615}]}',
+     '"count" must be'),
     ('{"version": 1,\n"suppressions": [{"rule": 30},\n{"rule": 30, "reason": "r"}]}', "line 2: "),
     ('{"version": 1,\n"suppressions": [{"rule": 30, "reason": " "}]}', '"reason" is missing'),
     ('{"version": 1,\n"suppressions": [{"rule": 30, "flie": "x", "reason": "r"}]}', '"flie"'),
@@ -46,6 +49,13 @@ class Baseline(unittest.TestCase):
                     self.assertIn(message, err)
                     self.assertEqual(folder.read("b.json"), text)
                     self.assertFalse((folder.path / "landscape-report").exists())
+
+    def test_not_utf8(self):
+        with Folder() as folder:
+            (folder.path / "b.json").write_bytes(b'{"version": 1, "findings": ["\xff"]}')
+            code, out, err = folder.run("--baseline", "b.json", "clean.xml")
+            self.assertEqual((code, out), (2, ""))
+            self.assertIn("line 1: ", err)
 
     def test_known_findings_pass(self):
         """Whatever is found is known afterwards, from wherever the program is started."""
@@ -141,6 +151,34 @@ class Baseline(unittest.TestCase):
             folder.run(*base, "invalid.xml", "twins.xml")
             left = {entry["file"] for entry in json.loads(folder.read("b.json"))["findings"]}
             self.assertEqual(left, {"invalid.xml"})
+
+    def test_prune_with_chosen_rules(self):
+        """Entries of rules that did not run stay; those of rules that did are gone."""
+        for choice, left in ((["--only-rule", "30"], {6}), (["--disable-rule", "30"], {30}),
+                             (["--disable-rule", "schema"], set()), (["--only-rule", "schema"], {6, 30}),
+                             (["--min-severity", "error"], set())):
+            with self.subTest(choice), Folder() as folder:
+                folder.run("--write-baseline", "b.json", "twins.xml")
+                folder.write("twins.xml", FILES["clean.xml"])
+                folder.run("--baseline", "b.json", "--prune-baseline", *choice, "twins.xml")
+                kept = json.loads(folder.read("b.json"))["findings"]
+                self.assertEqual({entry["rule"] for entry in kept}, left)
+
+    def test_one_file_under_two_names(self):
+        with Folder() as folder:
+            folder.run("--write-baseline", "b.json", "twins.xml")
+            first = folder.read("b.json")
+            (folder.path / "link.json").symlink_to("b.json")
+            for name in ("./b.json", "link.json", str(folder.path / "b.json")):
+                code, _, err = folder.run("--baseline", "b.json", "--write-baseline", name,
+                                          "--prune-baseline", "twins.xml", "infos.xml")
+                self.assertEqual((code, err), (0, ""), name)
+                self.assertIn("infos.xml", folder.read("b.json"))
+                folder.write("b.json", first)
+            code, _, err = folder.run("--baseline", "b.json", "--output-file", "json=link.json", "twins.xml")
+            self.assertEqual(code, 2)
+            self.assertIn("twice", err)
+            self.assertEqual(folder.read("b.json"), first)
 
     def test_suppressions(self):
         entries = [{"rule": 30, "file": "infos.xml", "uuid": UUID % 1, "reason": "a test entry"},

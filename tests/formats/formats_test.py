@@ -31,6 +31,10 @@ COMMAND_LINES = [
     (["--output-file", "yaml=o", "clean.xml"], 2, None, "'yaml' is no format"),
     (["--output-file", "json=a", "--output-file", "json=b", "clean.xml"], 2, None, "second file"),
     (["--output-file", "json=a", "--output-file", "sarif=./a", "clean.xml"], 2, None, "twice"),
+    (["--output-file", "json=a.file", "--output-file", "sarif=a.link", "clean.xml"], 2, None, "twice"),
+    (["--output-file", "json=" + "n" * 300, "clean.xml"], 2, None, "No findings."),
+    (["--output-file", "json=landscape-report/UILandscape.db", "clean.xml"], 2, None, "of this run"),
+    (["--rules", "none.rules", "--output-file", "json=o", "clean.xml"], 2, None, "none.rules"),
     (["--output-file", "json=none/o", "-f", "text", "clean.xml"], 2, "No findings.", "none/o"),
     (["--output-file", "text=none/o", "-f", "json", "clean.xml"], 2, '"exitCode": 2', "none/o"),
     (["--output-file", "json=sub", "clean.xml"], 2, None, "It is a folder"),
@@ -71,6 +75,8 @@ class Formats(unittest.TestCase):
     def test_command_lines(self):
         for arguments, exit_code, out, err in COMMAND_LINES:
             with self.subTest(arguments), Folder() as folder:
+                (folder.path / "a.link").symlink_to("a.file")
+                folder.write("a.file", "")
                 got = folder.run(*arguments)
                 self.assertEqual(got[0], exit_code, got)
                 for wanted, stream in ((out, got[1]), (err, got[2])):
@@ -174,6 +180,39 @@ class Formats(unittest.TestCase):
             _, moved = folder.findings(*files)
             self.assertEqual(prints(first), prints(moved))
             self.assertNotEqual(first, moved)
+
+    def test_without_schema_check(self):
+        """A file is read all the same: its status, and what is said of it, stay what they are."""
+        for choice in (["--disable-rule", "schema"], ["--only-rule", "30"]):
+            with self.subTest(choice), Folder() as folder:
+                code, document = folder.findings(*choice, "invalid.xml", "infos.xml")
+                self.assertEqual(code, 0)
+                self.assertEqual({f["status"] for f in document["files"]}, {"valid"})
+                self.assertFalse(document["rules"][0]["ran"])
+                _, junit, _ = folder.run("-f", "junit", *choice, "invalid.xml", "infos.xml")
+                kinds = {name.split(":")[0]: kind for _, name, kind, _ in cases_of(junit)}
+                self.assertEqual((kinds["schema"], kinds["rule 30"]), (["Skipped"], ["Failure"]))
+                code, document = folder.findings(*choice, "broken.xml")
+                self.assertEqual((code, document["files"][0]["status"]), (1, "unreadable"))
+
+    def test_schema_severity(self):
+        for level, fail_on, wanted in (("warning", "error", 0), ("warning", "warning", 1),
+                                       ("info", "warning", 0), ("info", "info", 1)):
+            with self.subTest(level, fail_on=fail_on), Folder() as folder:
+                code, document = folder.findings("--severity", "schema=" + level, "--only-rule",
+                                                 "schema", "--fail-on", fail_on, "invalid.xml")
+                self.assertEqual((code, document["rules"][0]["severity"]), (wanted, level))
+                self.assertEqual({f["severity"] for f in document["findings"]}, {level})
+
+    def test_entries_without_uuid(self):
+        """They stand under no file on the page, but people must find the line."""
+        with Folder() as folder:
+            folder.write("empty.xml", landscape(
+                '\n<Workspaces><Workspace uuid="">\n<Node uuid=""/></Workspace></Workspaces>'))
+            _, document = folder.findings("clean.xml", "empty.xml")
+            found = {f["ruleId"]: (f["file"], f["line"]) for f in document["findings"]}
+            self.assertEqual((found[23], found[25]), (("empty.xml", 3), ("empty.xml", 4)))
+            self.assertIn("empty.xml, line 3: ", folder.run("--all", "clean.xml", "empty.xml")[1])
 
     def test_many_results(self):
         with Folder() as folder:

@@ -223,12 +223,12 @@ std::string BodyOf(CDBProcessor& processor, int ruleId) {
 
 } // namespace
 
-FindingLines LocateFindings(CDBProcessor& processor, const CLandscapeTables& tables,
-                            const CElementPositions& positions, bool builtInRules) {
-    FindingLines lines;
+FindingPlaces LocateFindings(CDBProcessor& processor, const CLandscapeTables& tables,
+                             const CElementPositions& positions, bool builtInRules) {
+    FindingPlaces places;
     std::shared_ptr<IRecordset> rows;
     if (!processor.DB_ExecuteQuery(kFindings, rows)) {
-        return lines;
+        return places;
     }
     std::unique_ptr<CRuleLocator> locator;
     int locatedRule = -1;
@@ -246,11 +246,11 @@ FindingLines LocateFindings(CDBProcessor& processor, const CLandscapeTables& tab
                           rows->GetString(5)};
         const auto [table, row] = locator->Find(result);
         if (row > 0) {
-            lines[rows->GetInt(0)] =
-                positions.LineOf(tables.Find(kEntryTables[table].element), row);
+            places[rows->GetInt(0)] = {
+                rows->GetInt(3), positions.LineOf(tables.Find(kEntryTables[table].element), row)};
         }
     }
-    return lines;
+    return places;
 }
 
 } // namespace LandscapeValidator

@@ -8,8 +8,14 @@
 
 namespace LandscapeValidator {
 
-/// Lines of findings by their number (`pk`) in the results; findings about no entry are not there.
-using FindingLines = std::map<long, long>;
+/// Where the entry of a finding begins.
+struct SEntryPlace {
+    int fileIndex = -1;
+    long line = 0;
+};
+
+/// Places of findings by their number (`pk`) in the results; findings about no entry are not there.
+using FindingPlaces = std::map<long, SEntryPlace>;
 
 /// Finds the entry that each finding of a rule is about, and its line.
 ///
@@ -19,8 +25,8 @@ using FindingLines = std::map<long, long>;
 /// it. Without `builtInRules` the ids say nothing. Equal findings are given to equal entries in
 /// turn. To be called while indexes on the ids are there and before columns of the results are
 /// dropped.
-FindingLines LocateFindings(Nax::FrontEnd::XMLDB::CDBProcessor& processor,
-                            const CLandscapeTables& tables, const CElementPositions& positions,
-                            bool builtInRules = true);
+FindingPlaces LocateFindings(Nax::FrontEnd::XMLDB::CDBProcessor& processor,
+                             const CLandscapeTables& tables, const CElementPositions& positions,
+                             bool builtInRules = true);
 
 } // namespace LandscapeValidator

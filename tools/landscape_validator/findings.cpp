@@ -23,9 +23,9 @@ int ToNumber(const CStringA& text, int whenEmpty) {
     return text.IsEmpty() ? whenEmpty : static_cast<int>(std::strtol(text, nullptr, 10));
 }
 
-long LineOf(const FindingLines& lines, long number) {
-    const auto found = lines.find(number);
-    return found == lines.end() ? 0 : found->second;
+SEntryPlace PlaceOf(const FindingPlaces& places, long number) {
+    const auto found = places.find(number);
+    return found == places.end() ? SEntryPlace() : found->second;
 }
 
 using RuleCounts = std::map<std::pair<Severity, int>, SRuleCount>;
@@ -101,7 +101,7 @@ void SFindings::SetSchemaGate(Severity gate) {
 }
 
 SFindings CollectFindings(CDBProcessor& processor, const std::vector<SFileOutcome>& outcomes,
-                          const FindingLines& lines) {
+                          const FindingPlaces& places) {
     SFindings all;
     RuleCounts counts;
     for (std::size_t index = 0; index < outcomes.size(); ++index) {
@@ -118,7 +118,9 @@ SFindings CollectFindings(CDBProcessor& processor, const std::vector<SFileOutcom
             finding.fileIndex = ToNumber(rows->GetString(4), -1);
             finding.text = rows->GetString(3).GetString();
             finding.uuid = rows->GetString(5).GetString();
-            finding.line = LineOf(lines, rows->GetInt(6));
+            const SEntryPlace place = PlaceOf(places, rows->GetInt(6));
+            finding.line = place.line;
+            finding.entryFile = place.fileIndex;
             finding.couldNotRun = code == RuntimeError;
             Add(finding, rows->GetString(1).GetString(), all, counts);
         }
@@ -126,8 +128,8 @@ SFindings CollectFindings(CDBProcessor& processor, const std::vector<SFileOutcom
     const auto order = [](const SFinding& finding) {
         // What is wrong with the file itself comes first.
         return std::tuple(finding.fileIndex, finding.ruleId != kSchemaRuleId, finding.severity,
-                          finding.ruleId, std::string_view(finding.text), finding.line,
-                          std::string_view(finding.uuid));
+                          finding.ruleId, std::string_view(finding.text), finding.entryFile,
+                          finding.line, std::string_view(finding.uuid));
     };
     std::sort(all.findings.begin(), all.findings.end(),
               [&order](const SFinding& left, const SFinding& right) {

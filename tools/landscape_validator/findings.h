@@ -27,6 +27,9 @@ struct SFinding {
     std::string text;
     std::string uuid; ///< of the entry that the finding is about; may be empty
     long line = 0;    ///< where that entry begins; 0 when unknown
+    /// The file of `line`. The page, and `fileIndex` with it, puts findings about entries without a
+    /// uuid under no file.
+    int entryFile = -1;
     /// The violations that a schema finding sums up; null for rules and for files not read.
     const Nax::FrontEnd::XMLDB::SXmlValidationResult* violations = nullptr;
     /// A sentence on where, beside the text: it changes with lines that have nothing to do with it.
@@ -65,6 +68,6 @@ std::string SchemaFindingText(const Nax::FrontEnd::XMLDB::SXmlValidationResult& 
 /// Reads the rules' findings from the database and joins the schema check's outcomes, which must
 /// outlive them.
 SFindings CollectFindings(Nax::FrontEnd::XMLDB::CDBProcessor& processor,
-                          const std::vector<SFileOutcome>& outcomes, const FindingLines& lines);
+                          const std::vector<SFileOutcome>& outcomes, const FindingPlaces& places);
 
 } // namespace LandscapeValidator

@@ -159,15 +159,16 @@ bool CLandscapeLoader::TakeRemote(const SLandscapeFile& file, CElementCollector&
     }
     const bool keep = ReadFile(file, collector);
     m_files.ForgetPath(index);
-    AddRemark(file, fetched.remark);
+    AddRemark(file, m_outcomes.back(), fetched.remark);
     return keep;
 }
 
-void CLandscapeLoader::AddRemark(const SLandscapeFile& file, const std::string& remark) {
+void CLandscapeLoader::AddRemark(const SLandscapeFile& file, SFileOutcome& outcome,
+                                 const std::string& remark) {
     if (remark.empty()) {
         return;
     }
-    m_outcomes.back().remark = remark;
+    outcome.remark = remark;
     SchemaFinding& finding = m_findings[_bstr_t(file.url.c_str())];
     const std::string message = "<p>" + remark + "\n</p>";
     if (finding.second == ValidationAgainstXSDPassed) {
@@ -196,8 +197,12 @@ void CLandscapeLoader::ForgetViolations() {
     for (std::size_t index = 0; index < m_outcomes.size(); ++index) {
         SFileOutcome& outcome = m_outcomes[index];
         if (outcome.note.empty() && outcome.result.wellFormed) {
-            outcome = {};
-            m_findings[_bstr_t(m_files[index].url.c_str())].second = outcome.code;
+            outcome.code = ValidationAgainstXSDPassed;
+            outcome.result = {};
+            outcome.result.wellFormed = true;
+            SchemaFinding& finding = m_findings[_bstr_t(m_files[index].url.c_str())];
+            finding.second = outcome.code;
+            AddRemark(m_files[index], outcome, outcome.remark);
         }
     }
 }

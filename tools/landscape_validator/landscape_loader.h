@@ -65,7 +65,7 @@ private:
     bool TakeFile(const SLandscapeFile& file, CElementCollector& collector);
     bool TakeRemote(const SLandscapeFile& file, CElementCollector& collector);
     bool ReadFile(const SLandscapeFile& file, CElementCollector& collector);
-    void AddRemark(const SLandscapeFile& file, const std::string& remark);
+    void AddRemark(const SLandscapeFile& file, SFileOutcome& outcome, const std::string& remark);
     void Skip(const SLandscapeFile& file, Nax::FrontEnd::XMLDB::ResultCodes code,
               const std::string& note);
     bool BeginFile(int index, const std::string& url, const std::optional<std::string>& description,

@@ -184,9 +184,9 @@ bool CRuleSet::IsChosen(const std::string& id) const {
     return m_disabled.count(id) == 0 && (m_only.empty() || m_only.count(id) != 0);
 }
 
-std::optional<Severity> CRuleSet::GetSchemaGate() const {
+Severity CRuleSet::GetSchemaGate() const {
     const auto found = m_severities.find(kSchemaRuleWord);
-    return found == m_severities.end() ? std::nullopt : std::optional(found->second);
+    return found == m_severities.end() ? Severity::Error : found->second;
 }
 
 bool CRuleSet::LoadInto(CRulesProcessor& processor) const {

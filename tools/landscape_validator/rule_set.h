@@ -9,7 +9,6 @@
 
 #include <map>
 #include <memory>
-#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -40,8 +39,8 @@ public:
     bool HasBuiltInRules() const { return m_options.sources.builtIn; }
     /// Whether violations of the schema are findings.
     bool IsSchemaChosen() const { return IsChosen(kSchemaRuleWord); }
-    /// What violations of the schema count as for the exit code, where that was asked for.
-    std::optional<Severity> GetSchemaGate() const;
+    /// What violations of the schema count as for the exit code.
+    Severity GetSchemaGate() const;
 
     /// All rules in the order in which they run, whether chosen or not.
     const std::vector<std::shared_ptr<Nax::FrontEnd::XMLDB::IRule>>& GetBuiltIn() const {

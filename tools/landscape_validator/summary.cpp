@@ -105,7 +105,7 @@ void CSummary::Print(const SFindings& findings, const CFileList& files, std::siz
             begin, end, [index](const SFinding& finding) { return finding.fileIndex != index; });
         const auto place = static_cast<std::size_t>(index);
         const bool known = index >= 0 && place < files.GetCount();
-        PrintFile(known ? files[place].url : kNoFileName, begin, next);
+        PrintFile(known ? files[place].url : kNoFileName, files, begin, next);
         begin = next;
     }
     m_out << '\n';
@@ -125,11 +125,13 @@ void CSummary::PrintRules(const SFindings& findings) {
     }
 }
 
-void CSummary::PrintFile(const std::string& title, const SFinding* begin, const SFinding* end) {
+void CSummary::PrintFile(const std::string& title, const CFileList& files, const SFinding* begin,
+                         const SFinding* end) {
     const auto total = static_cast<std::size_t>(end - begin);
     const std::size_t shown = Shown(total);
     m_out << '\n' << Bold(Printable(title)) << '\n';
-    std::for_each(begin, begin + shown, [this](const SFinding& finding) { PrintFinding(finding); });
+    std::for_each(begin, begin + shown,
+                  [&](const SFinding& finding) { PrintFinding(finding, files); });
     if (shown < total) {
         m_out << fmt::format("  {} of {} shown; --all shows every finding\n", shown, total);
     }
@@ -139,10 +141,14 @@ std::size_t CSummary::Shown(std::size_t total) const {
     return m_style.showAll ? total : std::min(total, kShownPerFile);
 }
 
-void CSummary::PrintFinding(const SFinding& finding) {
+void CSummary::PrintFinding(const SFinding& finding, const CFileList& files) {
     const std::string rule =
         finding.ruleId == kSchemaRuleId ? "schema" : fmt::format("rule {}", finding.ruleId);
-    m_out << fmt::format("  {} {:<8} {}{}\n", Label(finding.severity), rule, Where(finding.line),
+    const auto file = static_cast<std::size_t>(finding.entryFile);
+    const bool elsewhere =
+        finding.fileIndex < 0 && finding.entryFile >= 0 && file < files.GetCount();
+    m_out << fmt::format("  {} {:<8} {}{}{}\n", Label(finding.severity), rule,
+                         elsewhere ? Printable(files[file].url) + ", " : "", Where(finding.line),
                          OneLine(finding.text + finding.place));
     if (finding.violations == nullptr) {
         return;

@@ -42,9 +42,10 @@ public:
 
 private:
     void PrintRules(const SFindings& findings);
-    void PrintFile(const std::string& title, const SFinding* begin, const SFinding* end);
+    void PrintFile(const std::string& title, const CFileList& files, const SFinding* begin,
+                   const SFinding* end);
     std::size_t Shown(std::size_t total) const;
-    void PrintFinding(const SFinding& finding);
+    void PrintFinding(const SFinding& finding, const CFileList& files);
     void PrintChecked(std::size_t files, std::size_t entries, std::size_t rules);
     void PrintTotals(const SFindings& findings, const SLeftOut& leftOut);
     std::string Label(Severity severity) const;

@@ -66,10 +66,8 @@ public:
         WriteReport();
         // Read after the report, which moves failed results without an entry to "no file": summary
         // and page tell the same.
-        SFindings findings = CollectFindings(*m_processor, m_loader->GetOutcomes(), m_lines);
-        if (const std::optional<Severity> gate = m_ruleSet.GetSchemaGate()) {
-            findings.SetSchemaGate(*gate);
-        }
+        SFindings findings = CollectFindings(*m_processor, m_loader->GetOutcomes(), m_places);
+        findings.SetSchemaGate(m_ruleSet.GetSchemaGate());
         RemoveOldBackups(m_options.outputFolder, m_options.keepBackups);
         RemoveOldSummaries(m_options.outputFolder, m_options.keepBackups + 1);
         return Tell(findings);
@@ -207,8 +205,8 @@ private:
             done = (m_rules->GetRules().empty() || m_rules->Execute()) && done;
             m_rules->PreProcess(m_loader->GetFindings());
             indexes.AddForLookUps();
-            m_lines = LocateFindings(*m_processor, m_loader->GetTables(), m_loader->GetPositions(),
-                                     m_ruleSet.HasBuiltInRules());
+            m_places = LocateFindings(*m_processor, m_loader->GetTables(), m_loader->GetPositions(),
+                                      m_ruleSet.HasBuiltInRules());
         }
         ShowProgress({});
         return done || FailDatabase("the rules cannot be run");
@@ -254,7 +252,8 @@ private:
         return m_output.Write({m_files, &m_loader->GetOutcomes(), &findings, m_rules->GetRules(),
                                m_loader->GetEntryCount(), m_report->ReadPageCounts(),
                                m_processor->GetDatabaseFileName(), m_report->GetPagePath(),
-                               collected, m_ruleSet.IsSchemaChosen(), m_ruleSet.HasBuiltInRules()});
+                               collected, m_ruleSet.IsSchemaChosen(), m_ruleSet.GetSchemaGate(),
+                               m_ruleSet.HasBuiltInRules()});
     }
 
     bool FailDatabase(const std::string& message) {
@@ -280,7 +279,7 @@ private:
     std::unique_ptr<CLandscapeLoader> m_loader;
     std::unique_ptr<CRulesProcessor> m_rules;
     std::unique_ptr<CReport> m_report;
-    FindingLines m_lines;
+    FindingPlaces m_places;
 };
 
 } // namespace

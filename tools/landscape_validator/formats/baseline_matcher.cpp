@@ -47,7 +47,7 @@ std::vector<std::string> NamesFrom(const std::string& folder, const SReport& rep
 std::set<int> RulesThatRan(const SReport& report) {
     std::set<int> rules;
     for (const SReportRule& rule : report.rules) {
-        if (rule.couldRun) {
+        if (rule.HasRun()) {
             rules.insert(rule.id);
         }
     }

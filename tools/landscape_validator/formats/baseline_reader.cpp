@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "findings.h"
 #include "formats/baseline.h"
+#include "formats/text_encoding.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -125,7 +126,7 @@ public:
             int id = 0;
             const char* end = text.data() + text.size();
             const auto [stop, error] = std::from_chars(text.data(), end, id);
-            if (error == std::errc() && stop == end) {
+            if (error == std::errc() && stop == end && id >= 0) {
                 return id;
             }
         } else if (found->is_number_integer()) {
@@ -142,8 +143,11 @@ public:
         if (found == m_value.end()) {
             return 1;
         }
-        if (!found->is_number_unsigned() || found->get<std::uint64_t>() == 0) {
-            Fail("\"count\" must be a whole number from 1 up");
+        // Counts of equal entries are added up.
+        constexpr std::uint64_t kMost = std::numeric_limits<std::uint32_t>::max();
+        if (!found->is_number_unsigned() || found->get<std::uint64_t>() == 0 ||
+            found->get<std::uint64_t>() > kMost) {
+            Fail(fmt::format("\"count\" must be a whole number from 1 to {}", kMost));
         }
         return found->get<std::size_t>();
     }
@@ -241,7 +245,7 @@ bool ReadBaseline(const std::string& path, SBaseline& baseline, std::string& rea
     try {
         baseline = Interpret(text);
     } catch (const CBaselineFault& fault) {
-        reason = fault.what();
+        reason = ValidUtf8(fault.what()); // the parser quotes what it cannot read
         return false;
     }
     return true;

@@ -121,19 +121,24 @@ bool CFindingsOutput::Fail(const std::string& message) {
     return false;
 }
 
-bool CFindingsOutput::CheckTarget(const std::string& target, const std::string& input) {
-    return !IsSameFile(target, input) ||
-           Fail("'" + target + "' is a file to validate; it is not written");
-}
-
-bool CFindingsOutput::CheckTarget(const std::string& target, const CFileList& files) {
-    for (std::size_t index = 0; index < files.GetCount(); ++index) {
-        if (!CheckTarget(target, files[index].path)) {
-            return false;
-        }
+bool CFindingsOutput::CheckTarget(const std::string& target, const SRunOutcome& run) {
+    std::vector<std::string> landscapes = m_options.files;
+    for (std::size_t index = 0; index < run.files.GetCount(); ++index) {
+        landscapes.push_back(run.files[index].path);
     }
-    return std::all_of(m_options.files.begin(), m_options.files.end(),
-                       [&](const std::string& file) { return CheckTarget(target, file); });
+    std::vector<std::string> others = {m_options.rules.schema.schema,
+                                       m_options.rules.schema.stylesheet, run.database, run.page};
+    for (const auto* files : {&m_options.rules.sources.ruleFiles, &m_options.rules.actionFiles}) {
+        others.insert(others.end(), files->begin(), files->end());
+    }
+    const auto isTarget = [&target](const std::string& file) {
+        return !file.empty() && IsSameFile(target, file);
+    };
+    if (std::any_of(landscapes.begin(), landscapes.end(), isTarget)) {
+        return Fail("'" + target + "' is a file to validate; it is not written");
+    }
+    return std::none_of(others.begin(), others.end(), isTarget) ||
+           Fail("'" + target + "' is a file of this run; it is not written over");
 }
 
 bool CFindingsOutput::Prepare() {
@@ -200,7 +205,7 @@ void CFindingsOutput::UpdateBaselines(const SRunOutcome& run, SReport& report) {
     if (!m_report.writeBaseline.empty()) {
         WriteNewBaseline(run, report);
     }
-    if (!m_report.pruneBaseline || m_report.writeBaseline == m_report.baseline) {
+    if (!m_report.pruneBaseline || IsSameFile(m_report.writeBaseline, m_report.baseline)) {
         return;
     }
     if (!report.IsWhole()) {
@@ -216,7 +221,7 @@ void CFindingsOutput::UpdateBaselines(const SRunOutcome& run, SReport& report) {
 
 void CFindingsOutput::WriteNewBaseline(const SRunOutcome& run, const SReport& report) {
     const std::string& path = m_report.writeBaseline;
-    if (!CheckTarget(path, run.files)) {
+    if (!CheckTarget(path, run)) {
         return;
     }
     const std::string folder = FolderOf(path);
@@ -274,7 +279,7 @@ void CFindingsOutput::WriteFormat(const SFormatOutput& output, const SRunOutcome
         }
         return;
     }
-    if (!CheckTarget(output.file, run.files)) {
+    if (!CheckTarget(output.file, run)) {
         return;
     }
     std::string reason;

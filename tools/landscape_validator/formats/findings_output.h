@@ -32,9 +32,8 @@ public:
 
 private:
     bool Fail(const std::string& message);
-    /// False, with a message, when writing `target` would destroy `input`.
-    bool CheckTarget(const std::string& target, const std::string& input);
-    bool CheckTarget(const std::string& target, const CFileList& files);
+    /// False, with a message, when writing `target` would destroy what the run reads or has made.
+    bool CheckTarget(const std::string& target, const SRunOutcome& run);
     bool ReadBaselineFile(const std::string& path, SBaseline& baseline);
 
     /// False for what the findings alone tell: the printed summary of all of them.

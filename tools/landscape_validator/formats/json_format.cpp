@@ -55,7 +55,7 @@ void WriteRules(CJsonWriter& json, const SReport& report) {
     for (const SReportRule& rule : report.rules) {
         json.BeginObject(kInline).Member("ruleId", rule.id).Member("ruleName", rule.name);
         json.Member("severity", SeverityName(rule.severity));
-        json.Member("ran", rule.couldRun).EndObject();
+        json.Member("ran", rule.HasRun()).EndObject();
     }
     json.EndArray();
 }

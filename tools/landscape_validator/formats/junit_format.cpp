@@ -57,6 +57,8 @@ public:
             AddUnread(rule, *file, open);
         } else if (!rule.couldRun && findings.empty()) {
             AddSkipped("the rule could not run");
+        } else if (!rule.chosen) {
+            AddSkipped("left out");
         } else if (!findings.empty() && open.empty()) {
             AddSkipped(fmt::format("known findings: {}", findings.size()));
         }

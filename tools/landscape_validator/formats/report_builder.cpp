@@ -140,8 +140,9 @@ private:
         m_report.rules.push_back({kSchemaRuleId,
                                   kSchemaRuleName,
                                   {},
-                                  Severity::Error,
-                                  m_run.findings != nullptr && m_run.schemaChecked});
+                                  m_run.schemaSeverity,
+                                  m_run.findings != nullptr,
+                                  m_run.schemaChecked});
         m_rules[kSchemaRuleId] = 0;
         for (const std::shared_ptr<IRule>& rule : m_run.rules) {
             const int id = static_cast<int>(std::strtol(rule->id, nullptr, 10));
@@ -171,9 +172,9 @@ private:
             finding.rule = RuleOf(source);
             finding.severity = source.gate;
             finding.shown = source.severity;
-            const bool known = source.fileIndex >= 0 &&
-                               static_cast<std::size_t>(source.fileIndex) < m_report.files.size();
-            finding.file = known ? source.fileIndex : -1;
+            const int file = source.fileIndex < 0 ? source.entryFile : source.fileIndex;
+            const bool known = file >= 0 && static_cast<std::size_t>(file) < m_report.files.size();
+            finding.file = known ? file : -1;
             finding.uuid = source.uuid;
             finding.couldNotRun = source.couldNotRun;
             if (source.couldNotRun) {

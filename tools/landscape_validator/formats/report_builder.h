@@ -23,6 +23,7 @@ struct SRunOutcome {
     std::string page = {};
     std::string collected = {}; ///< what went into the support archive, for people
     bool schemaChecked = true;
+    Severity schemaSeverity = Severity::Error; ///< that violations of the schema count as
     bool builtInRules = true; ///< the rules with ids of the catalogue are those of the catalogue
 };
 

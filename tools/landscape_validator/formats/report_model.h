@@ -48,6 +48,9 @@ struct SReportRule {
     std::string solution;
     Severity severity = Severity::Error;
     bool couldRun = true;
+    bool chosen = true; ///< false for the schema check when it is left out
+
+    bool HasRun() const { return couldRun && chosen; }
 };
 
 /// One finding, a schema violation each. Texts live as long as the findings that they came from.

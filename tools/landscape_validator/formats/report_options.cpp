@@ -10,8 +10,11 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <system_error>
 
 namespace LandscapeValidator {
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -75,24 +78,32 @@ void CheckStandardOutput(const Selection& selection) {
     }
 }
 
+/// The same for all names of a file, links included, whether or not it is there.
+fs::path Identity(const std::string& file) {
+    std::error_code error;
+    const fs::path absolute = fs::absolute(file, error);
+    const fs::path real = fs::weakly_canonical(absolute, error);
+    return error ? absolute.lexically_normal() : real;
+}
+
 /// No file may be written twice by one run.
 void CheckFiles(const Selection& selection, const std::string& writeBaseline,
                 const std::string& baseline) {
-    std::set<std::filesystem::path> taken;
+    std::set<fs::path> taken;
     const auto take = [&taken](const std::string& option, const std::string& file) {
-        if (!file.empty() &&
-            !taken.insert(std::filesystem::absolute(file).lexically_normal()).second) {
+        if (!file.empty() && !taken.insert(Identity(file)).second) {
             Refuse(option, "'" + file + "' is named twice");
         }
     };
     take("--baseline", baseline);
-    if (writeBaseline != baseline) {
+    if (baseline.empty() || Identity(writeBaseline) != Identity(baseline)) {
         take("--write-baseline", writeBaseline);
     }
     for (const auto& [format, file] : selection) {
+        std::error_code error;
+        const fs::file_status status = fs::status(file, error);
         // What stands for a device, such as /dev/null, may be named any number of times.
-        if (file.empty() || !std::filesystem::exists(file) ||
-            std::filesystem::is_regular_file(file)) {
+        if (!fs::exists(status) || fs::is_regular_file(status)) {
             take("--output-file", file);
         }
     }
