@@ -64,6 +64,7 @@ void AddRuleOptions(CLI::App& command, SRuleOptions& options) {
             },
             "Longest time that one rule or action of a file may take")
         ->option_text("SECONDS [30]")
+        ->default_str("30")
         ->check(CLI::Range(kShortestLimit, kLongestLimit).description(""))
         ->group(kGroup);
     Repeatable(command.add_option("--actions", options.actionFiles,
