@@ -148,7 +148,7 @@ private:
         if (made || m_options.list) {
             PrintSupportFiles(report,
                               m_options.list ? "Would go into the archive" : "In the archive",
-                              m_sources.GetRemote(), m_out);
+                              m_sources.GetMissing(), m_out);
         }
         for (const std::string& warning : report.warnings) {
             m_err << kName << Printable(warning) << '\n';

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "collect_command.h"
 #include "command_line.h"
+#include "configuration.h"
 
 #include <CLI/CLI.hpp>
 
@@ -43,13 +44,17 @@ void AddCollectCommand(CLI::App& app, const std::vector<std::string>& filesBehin
         .add_option("--config-dir", words->configFolder,
                     "Folder that holds the launcher's configuration, instead of the user's")
         ->option_text("DIR");
-    command.callback([words, filesBehindDashes, &chosen] {
-        SCollectOptions options = *words;
-        options.files.insert(options.files.end(), filesBehindDashes.begin(),
-                             filesBehindDashes.end());
-        chosen = [options](std::ostream& out, std::ostream& err) {
-            return RunCollect(options, out, err);
-        };
+    const auto configuration = std::make_shared<SConfigurationOptions>();
+    CConfiguration::AddOptions(command, *configuration);
+    command.callback([words, configuration, filesBehindDashes, &command, &chosen] {
+        chosen = Configured(command, *configuration, [&]() -> Command {
+            SCollectOptions options = *words;
+            options.files.insert(options.files.end(), filesBehindDashes.begin(),
+                                 filesBehindDashes.end());
+            return [options](std::ostream& out, std::ostream& err) {
+                return RunCollect(options, out, err);
+            };
+        });
     });
 }
 

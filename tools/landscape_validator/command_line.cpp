@@ -54,6 +54,26 @@ struct SWords {
     std::vector<std::string> files;
 };
 
+/// True for the name of an option, of any command, behind which a value stands.
+bool TakesValue(const CLI::App& app, const std::string& name) {
+    const CLI::Option* const option = app.get_option_no_throw(name);
+    const std::vector<const CLI::App*> commands = app.get_subcommands({});
+    return (option != nullptr && option->get_items_expected_max() > 0) ||
+           std::any_of(commands.begin(), commands.end(),
+                       [&name](const CLI::App* command) { return TakesValue(*command, name); });
+}
+
+/// CLI11 takes a FILE "[a,b]" for a list of two; with a folder in front it is the name that it is.
+void KeepNamesInBrackets(const CLI::App& app, std::vector<std::string>& words) {
+    for (std::size_t index = 0; index < words.size(); ++index) {
+        const bool isValue = index + 1 < words.size() && words[index + 1].starts_with('-') &&
+                             TakesValue(app, words[index + 1]);
+        if (words[index].starts_with('[') && words[index].ends_with(']') && !isValue) {
+            words[index].insert(0, "./");
+        }
+    }
+}
+
 /// The options of the command that most people want, for the program's own help.
 std::string OptionsOf(const CLI::App& command) {
     const CLI::Formatter formatter;
@@ -88,6 +108,7 @@ Command ParseCommandLine(const std::vector<std::string>& arguments, std::ostream
     DefineCommands(app, words.files, chosen);
     try {
         std::vector<std::string> remaining = words.words;
+        KeepNamesInBrackets(app, remaining);
         app.parse(remaining);
         return chosen;
     } catch (const CLI::ParseError& error) {

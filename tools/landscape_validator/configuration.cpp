@@ -4,6 +4,7 @@
 #include "configuration_file.h"
 #include "configured_value.h"
 #include "platform/host_files.h"
+#include "printable.h"
 
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
@@ -22,6 +23,7 @@ namespace {
 
 constexpr char kPrefix[] = "LANDSCAPE_VALIDATOR_";
 constexpr char kGroup[] = "Configuration";
+constexpr char kDefaultCommand[] = "validate";
 constexpr char kListSeparator = ';';
 // They choose the configuration, so that a file cannot hold them.
 constexpr std::array<std::string_view, 3> kOwnKeys = {"config", "no-config", "show-config"};
@@ -34,7 +36,7 @@ bool Contains(const List& list, std::string_view word) {
 }
 
 [[noreturn]] void Throw(const std::string& message) {
-    throw CLI::ConfigError(message);
+    throw CLI::ConfigError(PrintableLines(message));
 }
 
 std::string VariableOf(const std::string& key) {
@@ -52,6 +54,21 @@ std::vector<std::string> KeysOf(const CLI::Option& option) {
     return option.get_positional() ? std::vector<std::string>{"files"} : option.get_lnames();
 }
 
+bool HasKey(const CLI::App& command, const std::string& key) {
+    const std::vector<const CLI::Option*> options = command.get_options();
+    return std::any_of(options.begin(), options.end(), [&key](const CLI::Option* option) {
+        return Contains(KeysOf(*option), key);
+    });
+}
+
+const CLI::App& DefaultCommandOf(const CLI::App& command) {
+    const CLI::App* top = &command;
+    while (top->get_parent() != nullptr) {
+        top = top->get_parent();
+    }
+    return *top->get_subcommand(kDefaultCommand);
+}
+
 } // namespace
 
 void CConfiguration::AddOptions(CLI::App& command, SConfigurationOptions& options) {
@@ -65,16 +82,23 @@ void CConfiguration::AddOptions(CLI::App& command, SConfigurationOptions& option
     command.add_flag("--no-config", options.none, "Use no configuration file")
         ->group(kGroup)
         ->excludes(file);
+}
+
+void CConfiguration::AddShowOption(CLI::App& command, SConfigurationOptions& options) {
     command
         .add_flag("--show-config", options.show,
                   "Print the value of every option and where it comes from, and end")
         ->group(kGroup);
 }
 
-CConfiguration::CConfiguration(CLI::App& command) : m_command(command) {
+CConfiguration::CConfiguration(CLI::App& command)
+    : m_command(command), m_default(DefaultCommandOf(command)) {
+    const bool isDefault = &m_command == &m_default;
     for (CLI::Option* option : command.get_options()) {
         for (const std::string& key : KeysOf(*option)) {
-            if (Contains(kNoKeys, key)) {
+            // FILE means something else to each command.
+            if (Contains(kNoKeys, key) ||
+                (!isDefault && (option->get_positional() || !HasKey(m_default, key)))) {
                 continue;
             }
             SEntry entry{option, key, Source::Default, "default"};
@@ -89,16 +113,16 @@ CConfiguration::CConfiguration(CLI::App& command) : m_command(command) {
 
 void CConfiguration::Apply(const SConfigurationOptions& options) {
     ApplyEnvironment(true);
-    if (!options.none) {
-        m_path = options.file.empty() ? FindConfigurationFile() : options.file;
-    }
-    ApplyEnvironment(false);
-    if (!m_path.empty()) {
-        try {
-            ApplyFile(ReadConfigurationFile(m_path));
-        } catch (const CConfigurationError& error) {
-            Throw(error.what());
+    try {
+        if (!options.none) {
+            m_path = options.file.empty() ? FindConfigurationFile() : options.file;
         }
+        ApplyEnvironment(false);
+        if (!m_path.empty()) {
+            ApplyFile(ReadConfigurationFile(m_path));
+        }
+    } catch (const CConfigurationError& error) {
+        Throw(error.what());
     }
     CheckNeeds();
 }
@@ -134,6 +158,9 @@ void CConfiguration::ApplyFile(const SConfigurationFile& file) {
         if (Contains(kOwnKeys, key) || Contains(kNoKeys, key)) {
             Throw(fmt::format("{}: '{}' cannot be set in a configuration file", origin, key));
         }
+        if (entry == nullptr && HasKey(m_default, key)) {
+            continue; // for the default command
+        }
         if (entry == nullptr) {
             Throw(fmt::format("{}: there is no option '{}'", origin, key));
         }
@@ -164,6 +191,7 @@ void CConfiguration::Set(SEntry& entry, Source source, const std::string& origin
         (IsFlag(option) && values.front() == "false" && option.get_default_str() != "true")) {
         return; // nothing but the origin changes
     }
+    option.allow_extra_args(false); // which would make a list of "[a,b]"
     try {
         for (const std::string& value : values) {
             option.add_result(IsFlag(option) ? option.get_flag_value(entry.key, value) : value);
@@ -224,23 +252,35 @@ std::string CConfiguration::List() const {
     return list;
 }
 
+std::string CConfiguration::TellUnknownVariables() const {
+    std::string lines;
+    for (const std::string& variable : FindUnknownVariables()) {
+        lines += "landscape-validator: the environment variable " + Printable(variable) +
+                 " names no option\n";
+    }
+    return lines;
+}
+
 std::vector<std::string> CConfiguration::FindUnknownVariables() const {
-    std::vector<std::string> unknown;
-    for (const std::string& name : Nax::FrontEnd::XMLDB::ListEnvironment(kPrefix)) {
-        bool known = false;
-        for (const CLI::App* command : m_command.get_parent()->get_subcommands({})) {
-            for (const CLI::Option* option : command->get_options()) {
-                const std::vector<std::string> keys = KeysOf(*option);
-                known = known || std::any_of(keys.begin(), keys.end(), [&](const auto& key) {
-                            return VariableOf(key) == name;
-                        });
-            }
-        }
-        if (!known) {
-            unknown.push_back(name);
+    std::vector<std::string> unknown = Nax::FrontEnd::XMLDB::ListEnvironment(kPrefix);
+    for (const CLI::Option* option : m_default.get_options()) {
+        for (const std::string& key : KeysOf(*option)) {
+            unknown.erase(std::remove(unknown.begin(), unknown.end(), VariableOf(key)),
+                          unknown.end());
         }
     }
     return unknown;
+}
+
+Command Configured(CLI::App& command, const SConfigurationOptions& options,
+                   const std::function<Command()>& make) {
+    CConfiguration configuration(command);
+    configuration.Apply(options);
+    return [notes = configuration.TellUnknownVariables(), run = make()](std::ostream& out,
+                                                                        std::ostream& err) {
+        err << notes;
+        return run(out, err);
+    };
 }
 
 } // namespace LandscapeValidator

@@ -9,7 +9,6 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <system_error>
 
 namespace LandscapeValidator {
@@ -18,6 +17,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr std::size_t kMaxSize = std::size_t{1} << 20U;
 constexpr char kFileName[] = "landscape-validator.toml";
 
 [[noreturn]] void Throw(const std::string& path, const toml::source_region& place,
@@ -62,7 +62,13 @@ SConfigurationFile ReadConfigurationFile(const std::string& path) {
     if (!in) {
         throw CConfigurationError(what + std::generic_category().message(errno));
     }
-    const std::string content(std::istreambuf_iterator<char>(in), {});
+    // One that was found may be anybody's device, and devices need not end.
+    std::string content(kMaxSize + 1, '\0');
+    in.read(content.data(), static_cast<std::streamsize>(content.size()));
+    content.resize(static_cast<std::size_t>(in.gcount()));
+    if (content.size() > kMaxSize) {
+        throw CConfigurationError(what + "it is larger than 1 MB");
+    }
     SConfigurationFile file;
     file.path = path;
     try {
@@ -96,8 +102,13 @@ std::string FindConfigurationFile() {
         if (folder != working && IsSharedByAll(folder)) {
             break;
         }
-        if (fs::exists(folder / kFileName, ignored)) {
-            return (found / kFileName).string();
+        if (fs::exists(fs::symlink_status(folder / kFileName, ignored))) {
+            const std::string path = (found / kFileName).string();
+            if (fs::is_fifo(path, ignored)) { // opening it could wait for ever
+                throw CConfigurationError("cannot read the configuration file '" + path +
+                                          "': it is a pipe");
+            }
+            return path;
         }
         if (folder == folder.root_path() ||
             (!home.empty() && fs::equivalent(folder, home, ignored))) {

@@ -1,7 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "file_list.h"
 
+#include "platform/url.h"
+
+#include <optional>
+
 namespace LandscapeValidator {
+
+using Nax::FrontEnd::XMLDB::ParseUrl;
+using Nax::FrontEnd::XMLDB::SUrl;
 
 void CFileList::AddCommandLineFile(const std::string& path, const std::string& name) {
     SLandscapeFile file;
@@ -9,7 +16,13 @@ void CFileList::AddCommandLineFile(const std::string& path, const std::string& n
     file.url = name.empty() ? path : name;
     file.path = path;
     file.base = file.url;
-    if (IsNew(IdentityOfFile(file.url))) {
+    const std::optional<SUrl> url = name.empty() ? std::nullopt : ParseUrl(name);
+    if (url) { // what came from a server names others of that server
+        file.url = url->shown;
+        file.base = url->full;
+        file.fromUrl = true;
+    }
+    if (IsNew(url ? file.url : IdentityOfFile(file.url))) {
         m_files.push_back(std::move(file));
     }
 }

@@ -46,6 +46,7 @@ void AddSchemaFinding(const SFileOutcome& outcome, int fileIndex, SFindings& all
         remark.severity = remark.gate = Severity::Info;
         remark.fileIndex = fileIndex;
         remark.text = outcome.remark;
+        remark.place = outcome.remarkEnd;
         Add(remark, kSchemaRuleName, all, counts);
     }
     const Severity severity = ShownSeverityOf(outcome.code);

@@ -7,6 +7,8 @@
 #include <CLI/CLI.hpp>
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <optional>
 #include <system_error>
 
@@ -45,6 +47,15 @@ std::string WhyNoRoot(const std::string& text) {
                : "'" + root->folder + "' is not a folder";
 }
 
+/// Told before the run instead of with each file that cannot be fetched.
+std::string WhyNoCertificates(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    const std::string text(std::istreambuf_iterator<char>(in), {});
+    return text.find("CERTIFICATE-----") != std::string::npos
+               ? std::string()
+               : "'" + path + "' holds no certificate (PEM)";
+}
+
 } // namespace
 
 void AddIncludeOptions(CLI::App& command, SIncludeOptions& options) {
@@ -75,7 +86,8 @@ void AddIncludeOptions(CLI::App& command, SIncludeOptions& options) {
                     "File of further certificate authorities to trust (PEM)")
         ->group(kGroup)
         ->option_text("FILE")
-        ->check(CLI::ExistingFile.description(""));
+        ->check(CLI::ExistingFile.description(""))
+        ->check(CLI::Validator([](std::string& path) { return WhyNoCertificates(path); }, ""));
     Repeatable(command.add_option("--include-root", options.rootWords,
                                   "Read includes below the URL PREFIX from FOLDER (repeatable)"))
         ->group(kGroup)

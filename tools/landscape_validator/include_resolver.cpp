@@ -171,7 +171,7 @@ bool ResolveByRoot(const SUrl& url, const SUrl& asWritten, const SIncludeOptions
 SResolvedInclude ResolveUrl(const std::string& base, const std::string& text,
                             const SIncludeOptions& options) {
     SResolvedInclude include;
-    include.url = text;
+    include.url = WithoutUserInfo(text);
     const std::optional<SUrl> url = ParseUrl(text, base);
     const std::optional<SUrl> asWritten = ParseUrl(text, base, DotSegments::Keep);
     if (url && asWritten) {
@@ -205,6 +205,16 @@ SResolvedInclude ResolveUrl(const std::string& base, const std::string& text,
 
 } // namespace
 
+std::string WithoutUserInfo(const std::string& text) {
+    const std::size_t slashes = text.find("//");
+    if (slashes == std::string::npos) {
+        return text;
+    }
+    const std::size_t host = slashes + 2;
+    const std::size_t at = text.substr(0, text.find_first_of("/?#", host)).rfind('@');
+    return at == std::string::npos || at < host ? text : text.substr(0, host) + text.substr(at + 1);
+}
+
 std::string WithoutSpaceAround(const std::string& url) {
     constexpr const char* kSpace = " \t\r\n";
     const std::size_t first = url.find_first_not_of(kSpace);
@@ -226,7 +236,7 @@ SResolvedInclude ResolveInclude(const std::string& base, bool baseIsUrl, const s
     const std::string text = WithoutSpaceAround(url);
     SResolvedInclude include;
     if (baseIsUrl && NamesLocalFile(text)) {
-        include.url = text;
+        include.url = WithoutUserInfo(text);
         return NotRead(include,
                        "The included file was refused: a file that comes from a server may not "
                        "name local files.",

@@ -50,6 +50,9 @@ SResolvedInclude ResolveInclude(const std::string& base, bool baseIsUrl, const s
 /// The same for all names of one local file.
 std::string IdentityOfFile(const std::string& path);
 
+/// A text that may be a URL, without user name and password; for what no URL can be made of.
+std::string WithoutUserInfo(const std::string& text);
+
 /// Without white space around it, which is no part of a URL.
 std::string WithoutSpaceAround(const std::string& url);
 

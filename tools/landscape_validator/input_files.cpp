@@ -50,7 +50,7 @@ bool MayBeFile(const fs::path& path) {
 class CPatternWalk {
 public:
     CPatternWalk(const fs::path& pattern, std::set<std::string>& found, SInputs& inputs)
-        : m_segments(pattern.begin(), pattern.end()), m_found(found), m_inputs(inputs) {}
+        : m_segments(SegmentsOf(pattern)), m_found(found), m_inputs(inputs) {}
 
     void Walk(const fs::path& folder, std::size_t place = 0) {
         if (place == m_segments.size()) {
@@ -78,11 +78,30 @@ public:
     }
 
 private:
+    /// "**" behind "**" finds nothing more, but finds it again and again.
+    static std::vector<fs::path> SegmentsOf(const fs::path& pattern) {
+        std::vector<fs::path> segments(pattern.begin(), pattern.end());
+        const auto end = std::unique(segments.begin(), segments.end(),
+                                     [](const fs::path& left, const fs::path& right) {
+                                         return left == kAnyFolders && right == kAnyFolders;
+                                     });
+        segments.erase(end, segments.end());
+        return segments;
+    }
+
     void Step(const fs::path& path, std::size_t next, bool last) {
         if (last && MayBeFile(path)) {
             m_found.insert(path.lexically_normal().string());
         } else if (!last && IsFolder(path)) {
             Walk(path, next);
+        }
+    }
+
+    /// Once, however often a folder is walked through.
+    void AddFailure(const std::string& failure) {
+        std::vector<std::string>& failures = m_inputs.failures;
+        if (std::find(failures.begin(), failures.end(), failure) == failures.end()) {
+            failures.push_back(failure);
         }
     }
 
@@ -95,7 +114,7 @@ private:
             entries.push_back(folder / entry->path().filename());
         }
         if (error) {
-            m_inputs.failures.push_back(
+            AddFailure(
                 fmt::format("cannot read the folder '{}': {}", shown.string(), error.message()));
         }
         return entries;
@@ -168,8 +187,11 @@ void AddInputOptions(CLI::App& command, SInputOptions& options) {
         ->option_text("PATTERN [*.xml]");
     command
         .add_option("--stdin-name", options.stdinName,
-                    "Name of the file that is read from standard input, for FILE \"-\"")
-        ->option_text("NAME [<stdin>]");
+                    "Name or URL of the file that is read from standard input, for FILE \"-\"")
+        ->option_text("NAME [<stdin>]")
+        ->check(CLI::Validator(
+            [](std::string& name) { return name.empty() ? "the name is empty" : std::string(); },
+            ""));
 }
 
 SInputs FindInputs(const std::vector<std::string>& words, const SInputOptions& options) {

@@ -11,10 +11,12 @@ class App;
 
 namespace LandscapeValidator {
 
+constexpr char kStandardInput[] = "<stdin>";
+
 /// How the words that stand for FILE are read.
 struct SInputOptions {
     std::vector<std::string> globs = {"*.xml"}; ///< which files of a folder are meant
-    std::string stdinName = "<stdin>";
+    std::string stdinName = kStandardInput;     ///< a URL when it is one
 };
 
 struct SInputFile {

@@ -45,6 +45,24 @@ std::string IncludedAt(const SLandscapeFile& file) {
            std::to_string(file.includeLine) + ".";
 }
 
+std::string ParagraphOf(const SFileOutcome& outcome) {
+    return "<p>" + outcome.remark + outcome.remarkEnd + "\n</p>";
+}
+
+/// True for a file that is read from a scratch folder, whose name must not show.
+bool IsScratchCopy(const SLandscapeFile& file) {
+    return !file.fetchUrl.empty() || (file.includedBy.empty() && file.path != file.url);
+}
+
+std::string WithNameOf(const SLandscapeFile& file, std::string text) {
+    const std::string name = Printable(file.url);
+    for (std::size_t at = text.find(file.path); at != std::string::npos;
+         at = text.find(file.path, at + name.size())) {
+        text.replace(at, file.path.size(), name);
+    }
+    return text;
+}
+
 } // namespace
 
 CLandscapeLoader::CLandscapeLoader(CDBProcessor& processor, CFileList& files)
@@ -128,6 +146,12 @@ bool CLandscapeLoader::ReadFile(const SLandscapeFile& file, CElementCollector& c
         return false;
     }
     outcome.code = valid ? ValidationAgainstXSDPassed : ValidationAgainstXSDFailed;
+    if (!valid && IsScratchCopy(file)) {
+        message = _bstr_t(WithNameOf(file, static_cast<const char*>(message)).c_str());
+        for (SXmlIssue& issue : outcome.result.issues) {
+            issue.reason = WithNameOf(file, issue.reason);
+        }
+    }
     m_findings[_bstr_t(file.url.c_str())] = {message, outcome.code};
     if (!outcome.result.wellFormed) {
         return false;
@@ -159,18 +183,18 @@ bool CLandscapeLoader::TakeRemote(const SLandscapeFile& file, CElementCollector&
     }
     const bool keep = ReadFile(file, collector);
     m_files.ForgetPath(index);
-    AddRemark(file, m_outcomes.back(), fetched.remark);
+    AddRemark(file, fetched);
     return keep;
 }
 
-void CLandscapeLoader::AddRemark(const SLandscapeFile& file, SFileOutcome& outcome,
-                                 const std::string& remark) {
-    if (remark.empty()) {
+void CLandscapeLoader::AddRemark(const SLandscapeFile& file, const SFetchedFile& fetched) {
+    if (fetched.remark.empty()) {
         return;
     }
-    outcome.remark = remark;
+    m_outcomes.back().remark = fetched.remark;
+    m_outcomes.back().remarkEnd = fetched.age;
     SchemaFinding& finding = m_findings[_bstr_t(file.url.c_str())];
-    const std::string message = "<p>" + remark + "\n</p>";
+    const std::string message = ParagraphOf(m_outcomes.back());
     if (finding.second == ValidationAgainstXSDPassed) {
         finding = {_bstr_t(message.c_str()), ValidationInfo};
     } else {
@@ -202,7 +226,9 @@ void CLandscapeLoader::ForgetViolations() {
             outcome.result.wellFormed = true;
             SchemaFinding& finding = m_findings[_bstr_t(m_files[index].url.c_str())];
             finding.second = outcome.code;
-            AddRemark(m_files[index], outcome, outcome.remark);
+            if (!outcome.remark.empty()) { // that an old copy was read is no violation
+                finding = {_bstr_t(ParagraphOf(outcome).c_str()), ValidationInfo};
+            }
         }
     }
 }

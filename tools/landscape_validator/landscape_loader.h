@@ -17,14 +17,16 @@
 namespace LandscapeValidator {
 
 class CRemoteIncludes;
+struct SFetchedFile;
 
 /// What the schema check of one file found.
 struct SFileOutcome {
     Nax::FrontEnd::XMLDB::ResultCodes code = Nax::FrontEnd::XMLDB::ValidationAgainstXSDPassed;
     Nax::FrontEnd::XMLDB::SXmlValidationResult result;
-    std::string note;   ///< why the file was not read, when it was not looked for
-    std::string place;  ///< by whom it is included, for a file that was not read
-    std::string remark; ///< an information beside all else, such as that a cached copy was read
+    std::string note;      ///< why the file was not read, when it was not looked for
+    std::string place;     ///< by whom it is included, for a file that was not read
+    std::string remark;    ///< an information beside all else, such as that a cached copy was read
+    std::string remarkEnd; ///< of the remark, what differs from run to run
 };
 
 /// Reads a run's files into the database, validating each in the same pass. Follows include
@@ -65,7 +67,7 @@ private:
     bool TakeFile(const SLandscapeFile& file, CElementCollector& collector);
     bool TakeRemote(const SLandscapeFile& file, CElementCollector& collector);
     bool ReadFile(const SLandscapeFile& file, CElementCollector& collector);
-    void AddRemark(const SLandscapeFile& file, SFileOutcome& outcome, const std::string& remark);
+    void AddRemark(const SLandscapeFile& file, const SFetchedFile& fetched);
     void Skip(const SLandscapeFile& file, Nax::FrontEnd::XMLDB::ResultCodes code,
               const std::string& note);
     bool BeginFile(int index, const std::string& url, const std::optional<std::string>& description,

@@ -69,7 +69,7 @@ std::optional<SCachedFile> CRemoteCache::Find(const std::string& url) const {
     std::getline(in, file.entityTag);
     std::getline(in, file.lastModified);
     if (firstLine != kFirstLine || storedUrl != url || !ReadNumber(in, file.fetched) ||
-        !ReadNumber(in, size)) {
+        !ReadNumber(in, size) || file.fetched < 0) {
         return std::nullopt;
     }
     file.body.assign(std::istreambuf_iterator<char>(in), {});

@@ -21,6 +21,14 @@ constexpr int kMaxRedirects = 5;
 constexpr long kNotModified = 304;
 constexpr long kServerFaults = 500;
 
+/// Other answers of success, such as 204 and 206, bring nothing or a part, which must not replace
+/// a copy in the cache.
+bool IsWholeFile(long status) {
+    constexpr long kOk = 200;
+    constexpr long kFromProxy = 203;
+    return status == kOk || status == kFromProxy;
+}
+
 std::string AgeOf(std::int64_t fetched) {
     constexpr std::int64_t kMinute = 60;
     constexpr std::int64_t kHour = 60 * kMinute;
@@ -78,14 +86,15 @@ SFetchedFile CRemoteIncludes::Fetch(const std::string& text) {
     }
     file.foundUrl = url.full;
     file.foundIdentity = url.shown;
-    if (answer.status == kNotModified && cached) {
-        return WriteCopy(file, cached->body);
+    if (answer.status == kNotModified && cached && cached->foundUrl == url.shown) {
+        file.failure = WhyTooLarge(*cached);
+        return file.failure.empty() ? WriteCopy(file, cached->body) : file;
     }
     const std::string status = fmt::format("the server answered with the status {}", answer.status);
     if (answer.status >= kServerFaults) {
         return UseCopy(cached, *asked, status);
     }
-    file.failure = answer.status < 200 || answer.status >= 300 ? status : WhyUnusable(answer);
+    file.failure = IsWholeFile(answer.status) ? WhyUnusable(answer) : status;
     if (file.failure.empty()) {
         Store(asked->shown, answer, file);
         return WriteCopy(file, answer.body);
@@ -97,15 +106,17 @@ CRemoteIncludes::Answer CRemoteIncludes::Ask(SUrl& url, const std::optional<SCac
     const Clock::time_point deadline = Clock::now() + std::chrono::seconds(m_options.timeout);
     for (int redirects = 0; redirects <= kMaxRedirects; ++redirects) {
         Answer answer = AskOnce(url, cached, deadline);
-        if (answer.outcome != HttpOutcome::Answered || answer.redirect.empty()) {
+        if (answer.outcome != HttpOutcome::Answered || answer.redirect.empty() ||
+            answer.status == kNotModified) {
             return answer;
         }
         const std::optional<SUrl> next = ParseUrl(answer.redirect);
         const bool secure = next && next->scheme == "https";
         if (!secure && (!next || next->scheme != "http" || url.scheme == "https")) {
-            return Failed(HttpOutcome::Refused,
-                          fmt::format("the server redirects to '{}', which is not followed from {}",
-                                      next ? next->shown : answer.redirect, url.scheme));
+            return Failed(
+                HttpOutcome::Refused,
+                fmt::format("the server redirects to '{}', which is not followed from {}",
+                            next ? next->shown : WithoutUserInfo(answer.redirect), url.scheme));
         }
         url = *next;
     }
@@ -134,6 +145,13 @@ CRemoteIncludes::Answer CRemoteIncludes::AskOnce(const SUrl& url,
     return m_fetcher->Fetch(request);
 }
 
+std::string CRemoteIncludes::WhyTooLarge(const SCachedFile& cached) const {
+    return cached.body.size() <= m_options.maxSize
+               ? std::string()
+               : fmt::format("the copy in the cache is larger than the limit of {} bytes",
+                             m_options.maxSize);
+}
+
 SFetchedFile CRemoteIncludes::UseCopy(const std::optional<SCachedFile>& cached, const SUrl& asked,
                                       const std::string& reason) {
     SFetchedFile file;
@@ -141,20 +159,16 @@ SFetchedFile CRemoteIncludes::UseCopy(const std::optional<SCachedFile>& cached, 
         file.failure = reason + ", and the cache holds no copy";
         return file;
     }
-    if (cached->body.size() > m_options.maxSize) {
-        file.failure = fmt::format(
-            "{}, and the copy in the cache is larger than the limit of {} "
-            "bytes",
-            reason, m_options.maxSize);
+    if (const std::string tooLarge = WhyTooLarge(*cached); !tooLarge.empty()) {
+        file.failure = reason + ", and " + tooLarge;
         return file;
     }
     // The copy does not hold user name and password; where nothing was redirected they still fit.
     file.foundUrl = cached->foundUrl == asked.shown ? asked.full : cached->foundUrl;
     file.foundIdentity = cached->foundUrl;
-    file.remark = fmt::format(
-        "The server did not send the file: {}. The copy in the cache was read; "
-        "it was fetched {} ago.",
-        reason, AgeOf(cached->fetched));
+    file.remark =
+        fmt::format("The server did not send the file: {}. The copy in the cache was read", reason);
+    file.age = fmt::format("; it was fetched {} ago.", AgeOf(cached->fetched));
     return WriteCopy(file, cached->body);
 }
 

@@ -21,6 +21,7 @@ struct SFetchedFile {
     std::string foundUrl;      ///< where it was, after redirects
     std::string foundIdentity; ///< the same as a key
     std::string remark;        ///< what a reader of the report must know of it; may be empty
+    std::string age;           ///< end of the remark that is another one in the next run
 };
 
 /// Fetches included files, within the limits of the options, and keeps copies in the cache, which
@@ -42,6 +43,7 @@ private:
     Answer Ask(Nax::FrontEnd::XMLDB::SUrl& url, const std::optional<SCachedFile>& cached);
     Answer AskOnce(const Nax::FrontEnd::XMLDB::SUrl& url, const std::optional<SCachedFile>& cached,
                    Clock::time_point deadline);
+    std::string WhyTooLarge(const SCachedFile& cached) const;
     SFetchedFile UseCopy(const std::optional<SCachedFile>& cached,
                          const Nax::FrontEnd::XMLDB::SUrl& asked, const std::string& reason);
     void Store(const std::string& url, const Answer& answer, SFetchedFile& file);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "command_line.h"
+#include "configuration.h"
 #include "rules_command.h"
 
 #include <CLI/CLI.hpp>
@@ -38,18 +39,25 @@ struct SRulesWords {
     SSchemaFiles schema;
     std::string id;
     std::vector<std::string> files;
+    SConfigurationOptions configuration;
 };
 
 using Words = std::shared_ptr<SRulesWords>;
+
+/// Adds the options that choose the configuration, and what the command does.
+void SetRun(CLI::App& command, const Words& words, Command& chosen, const Command& run) {
+    CConfiguration::AddOptions(command, words->configuration);
+    command.callback([words, run, &command, &chosen] {
+        chosen = Configured(command, words->configuration, [&] { return run; });
+    });
+}
 
 void AddList(CLI::App& rules, const Words& words, Command& chosen) {
     CLI::App& command = *rules.add_subcommand("list", "List the rules: id, severity, name");
     command.footer(kFooter);
     AddRuleSourceOptions(command, words->sources);
-    command.callback([words, &chosen] {
-        chosen = [words](std::ostream& out, std::ostream& err) {
-            return ListRules(words->sources, out, err);
-        };
+    SetRun(command, words, chosen, [words](std::ostream& out, std::ostream& err) {
+        return ListRules(words->sources, out, err);
     });
 }
 
@@ -60,10 +68,8 @@ void AddExplain(CLI::App& rules, const Words& words, Command& chosen) {
     command.add_option("ID", words->id, "Id of the rule, or \"schema\" for the schema check")
         ->required();
     AddRuleSourceOptions(command, words->sources);
-    command.callback([words, &chosen] {
-        chosen = [words](std::ostream& out, std::ostream& err) {
-            return ExplainRule(words->sources, words->id, out, err);
-        };
+    SetRun(command, words, chosen, [words](std::ostream& out, std::ostream& err) {
+        return ExplainRule(words->sources, words->id, out, err);
     });
 }
 
@@ -77,15 +83,18 @@ void AddCheck(CLI::App& rules, const Words& words, const std::vector<std::string
         "--no-built-in-rules", [words] { words->sources.builtIn = false; },
         "The rules are meant to stand alone");
     AddSchemaOptions(command, words->schema);
-    command.callback([words, behindDashes, &chosen] {
+    CConfiguration::AddOptions(command, words->configuration);
+    command.callback([words, behindDashes, &command, &chosen] {
         std::vector<std::string> files = words->files;
         files.insert(files.end(), behindDashes.begin(), behindDashes.end());
         if (files.empty()) {
             throw CLI::RequiredError("FILE");
         }
-        chosen = [words, files](std::ostream& out, std::ostream& err) {
-            return CheckRuleFiles(files, words->sources.builtIn, words->schema, out, err);
-        };
+        chosen = Configured(command, words->configuration, [&]() -> Command {
+            return [words, files](std::ostream& out, std::ostream& err) {
+                return CheckRuleFiles(files, words->sources.builtIn, words->schema, out, err);
+            };
+        });
     });
 }
 

@@ -2,6 +2,7 @@
 #include "schema_command.h"
 
 #include "command_line.h"
+#include "configuration.h"
 #include "printable.h"
 #include "schema_files.h"
 
@@ -76,14 +77,18 @@ void AddSchemaCommand(CLI::App& app, Command& chosen) {
     command.require_subcommand(1);
     command.footer(kFooter);
     const auto files = std::make_shared<SSchemaFiles>();
+    const auto configuration = std::make_shared<SConfigurationOptions>();
     const auto add = [&](const char* name, const char* description, auto run) {
         CLI::App& sub = *command.add_subcommand(name, description);
         AddSchemaOptions(sub, *files);
+        CConfiguration::AddOptions(sub, *configuration);
         sub.footer(kFooter);
-        sub.callback([files, &chosen, run] {
-            chosen = [options = *files, run](std::ostream& out, std::ostream& err) {
-                return run(options, out, err);
-            };
+        sub.callback([files, configuration, &sub, &chosen, run] {
+            chosen = Configured(sub, *configuration, [&]() -> Command {
+                return [options = *files, run](std::ostream& out, std::ostream& err) {
+                    return run(options, out, err);
+                };
+            });
         });
     };
     add("print", "Print the XML schema that landscape files are validated against", PrintSchema);

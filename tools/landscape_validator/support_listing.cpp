@@ -13,7 +13,7 @@ namespace LandscapeValidator {
 using namespace Nax::FrontEnd::XMLDB;
 
 void PrintSupportFiles(const SSupportReport& report, const std::string& heading,
-                       const std::vector<std::string>& remote, std::ostream& out) {
+                       const std::vector<std::string>& missing, std::ostream& out) {
     out << heading << '\n';
     for (const SSupportFile& file : report.files) {
         if (file.problem.empty()) {
@@ -27,8 +27,8 @@ void PrintSupportFiles(const SSupportReport& report, const std::string& heading,
             out << fmt::format("  {}  at {}\n", Printable(file.name), Printable(file.source));
         }
     }
-    for (const std::string& url : remote) {
-        out << fmt::format("  Landscape_files/  at {}, which is never fetched\n", Printable(url));
+    for (const std::string& what : missing) {
+        out << fmt::format("  Landscape_files/  at {}\n", Printable(what));
     }
     bool headed = false;
     for (const SSupportFile& file : report.files) {

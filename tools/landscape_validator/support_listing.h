@@ -10,10 +10,10 @@
 namespace LandscapeValidator {
 
 /// Prints, under `heading`, the files that are in the archive (or would be), those that were not
-/// found, and those that were left out for another reason. `remote` are URLs that were not looked
+/// found, and those that were left out for another reason. `missing` tells what was not looked
 /// for.
 void PrintSupportFiles(const Nax::FrontEnd::XMLDB::SSupportReport& report,
-                       const std::string& heading, const std::vector<std::string>& remote,
+                       const std::string& heading, const std::vector<std::string>& missing,
                        std::ostream& out);
 
 /// Prints which archives were removed for their age.

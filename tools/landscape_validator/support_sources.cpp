@@ -2,6 +2,7 @@
 #include "support_sources.h"
 
 #include "include_resolver.h"
+#include "input_files.h"
 
 #include <naxfewxmldb/naxfewxmldb.h>
 
@@ -57,7 +58,9 @@ bool CSupportSources::AddFilesOfLastRun(const std::string& database, std::string
     while (rows->MoveNext()) {
         const std::string uri = rows->GetString(0).GetString();
         if (IsRemoteUrl(uri)) {
-            m_remote.push_back(uri);
+            m_missing.push_back(uri + ", which is never fetched");
+        } else if (uri == kStandardInput) {
+            m_missing.push_back("standard input, which validate --collect takes along");
         } else {
             Add(uri);
         }

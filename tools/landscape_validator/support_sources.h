@@ -28,11 +28,11 @@ public:
         return m_files;
     }
     /// URLs of the last run that are no local files.
-    const std::vector<std::string>& GetRemote() const { return m_remote; }
+    const std::vector<std::string>& GetMissing() const { return m_missing; }
 
 private:
     std::vector<Nax::FrontEnd::XMLDB::SSupportLandscapeFile> m_files;
-    std::vector<std::string> m_remote;
+    std::vector<std::string> m_missing;
 };
 
 } // namespace LandscapeValidator

@@ -4,7 +4,6 @@
 #include "formats/report_options.h"
 #include "include_options.h"
 #include "options.h"
-#include "printable.h"
 #include "validate_command.h"
 
 #include <CLI/CLI.hpp>
@@ -90,16 +89,14 @@ void AddEnvironmentOptions(CLI::App& command, SValidateWords& words) {
 bool Configure(CLI::App& command, CLI::Option& files,
                const std::vector<std::string>& filesBehindDashes,
                const SConfigurationOptions& options, std::string& notes, Command& chosen) {
+    files.allow_extra_args(false); // which would make a list of "[a,b]"
     for (const std::string& file : filesBehindDashes) {
         files.add_result(file);
         files.run_callback();
     }
     CConfiguration configuration(command);
     configuration.Apply(options);
-    for (const std::string& variable : configuration.FindUnknownVariables()) {
-        notes += "landscape-validator: the environment variable " + Printable(variable) +
-                 " names no option\n";
-    }
+    notes = configuration.TellUnknownVariables();
     if (options.show) {
         chosen = [list = configuration.List(), notes](std::ostream& out, std::ostream& err) {
             err << notes;
@@ -129,6 +126,7 @@ void AddValidateCommand(CLI::App& app, const std::vector<std::string>& filesBehi
     AddReportOptions(command, words->report);
     AddEnvironmentOptions(command, *words);
     CConfiguration::AddOptions(command, words->configuration);
+    CConfiguration::AddShowOption(command, words->configuration);
     command.callback([words, filesBehindDashes, &command, files, &chosen] {
         std::string notes;
         if (Configure(command, *files, filesBehindDashes, words->configuration, notes, chosen)) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/host_files.h"
 
+#include "utf8_locale.h"
+
 #include <fnmatch.h>
 #include <libxml/xmlreader.h>
 #include <pwd.h>
@@ -91,6 +93,7 @@ bool ReplaceFile(const std::string& path, const std::string& content, std::strin
 }
 
 bool FitsPattern(const std::string& name, const std::string& pattern) {
+    const CUtf8Locale wholeCharacters;
     return fnmatch(pattern.c_str(), name.c_str(), FNM_PERIOD) == 0;
 }
 

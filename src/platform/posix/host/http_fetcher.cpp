@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/http_fetcher.h"
 
+#include "utf8_locale.h"
+
 #include <curl/curl.h>
 
 #include <algorithm>
@@ -110,6 +112,7 @@ public:
         AddHeader(headers, "If-Modified-Since", request.lastModified);
         std::array<char, CURL_ERROR_SIZE> error = {};
         SetUp(request, body, headers.get(), error.data());
+        const CUtf8Locale forHostNames;
         const CURLcode code = curl_easy_perform(m_handle.get());
         ReadAnswer(code, answer);
         if (body.tooLarge || code == CURLE_FILESIZE_EXCEEDED) {
