@@ -25,6 +25,8 @@ check 'faulty' 1 'rule 32' '' -o r "$faulty"
 check 'included file' 1 'faulty_include.xml' '' --output=r "$faulty"
 check 'never fails' 0 'errors' '' -o r --fail-on never "$faulty"
 check 'not well-formed' 1 'broken.xml' '' -o r broken.xml
+cp "$faulty" 'http:x.xml'
+check 'name like a URL' 1 'Checked 2 files' '' -o r 'http:x.xml'
 check 'quote in a name' 0 'No findings.' '' -o r "with 'quote.xml"
 check 'file named like the command' 0 'No findings.' '' -o r ./validate
 check 'missing file' 2 '' "cannot read 'none.xml': No such file" -o r none.xml

@@ -72,7 +72,7 @@ done
 check 'beside the built-in ones' 0 'and 34 rules' '' -o r --rules good.xml "$clean"
 check 'instead of them' 0 'and 1 rule.' '' -o r --rules good.xml --no-built-in-rules "$clean"
 check 'no rule at all' 0 'and 0 rules' '' -o r --no-built-in-rules "$clean"
-check 'nothing to check' 0 'No findings.' '' -o r --no-built-in-rules --disable-rule schema "$faulty"
+check 'nothing to check' 2 '' 'nothing is left to check' -o r --no-built-in-rules --disable-rule schema "$faulty"
 check 'severity' 1 'ERROR         9  rule 100' '' -o r --rules good.xml --severity 100=error "$clean"
 [ "$(sqlite3 r/UILandscape.db "SELECT r.Type || v.Type || v.ResultId FROM Rules r JOIN ValidationResults v
   USING (RuleId) WHERE RuleId = '100' LIMIT 1")" = ErrorError0 ] || failed=$((failed + 1))

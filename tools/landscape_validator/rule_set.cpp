@@ -52,6 +52,13 @@ bool CRuleSet::LoadAll() {
     }
     LoadActions();
     LoadChoice();
+    const bool any = IsSchemaChosen() ||
+                     std::any_of(m_ids.begin(), m_ids.end(),
+                                 [this](const auto& entry) { return IsChosen(entry.first); });
+    if (!any && m_faults.empty()) {
+        // A run that checks nothing would tell every landscape that it is clean.
+        m_faults.push_back({"", 0, "nothing is left to check: no rule, and not the schema"});
+    }
     Sort(m_faults);
     return m_faults.empty();
 }
