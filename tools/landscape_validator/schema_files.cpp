@@ -137,7 +137,11 @@ std::string CheckSchemaFiles(const SSchemaFiles& files) {
     for (const std::string& path : {files.schema, files.stylesheet}) {
         const std::string reason = path.empty() ? std::string() : WhyUnreadable(path);
         if (!reason.empty()) {
-            return "cannot read '" + path + "': " + reason;
+            std::string failure = "cannot read '";
+            failure += path;
+            failure += "': ";
+            failure += reason;
+            return failure;
         }
     }
     std::string reason = files.schema.empty() ? std::string() : WhyNoSchema(files.schema);
@@ -154,7 +158,7 @@ std::string CheckSchemaFiles(const SSchemaFiles& files) {
 }
 
 std::shared_ptr<CDBProcessor> MakeProcessor(const SSchemaFiles& files, DBMode mode) {
-    const auto processor =
+    auto processor =
         std::make_shared<CDBProcessor>(true, mode, _bstr_t(Absolute(files.schema).c_str()),
                                        _bstr_t(Absolute(files.stylesheet).c_str()));
     if (!files.schema.empty() || !files.stylesheet.empty()) {
