@@ -2,6 +2,8 @@
 #include "rule_indexes.h"
 
 #include <array>
+#include <cstddef>
+#include <memory>
 #include <span>
 #include <string>
 
@@ -44,6 +46,51 @@ void Create(CDBProcessor& processor, std::span<const SIndex> indexes) {
     }
 }
 
+/// Settings under which SQLite sorts the keys of large tables quickest: in runs that fit the
+/// processor's cache, on threads of their own, merged through a file. Kept in memory, all keys
+/// would be one list. For its lifetime; the cache is of little use while a table is read once
+/// through.
+class CSortSettings {
+public:
+    explicit CSortSettings(CDBProcessor& processor) : m_processor(processor) {
+        for (std::size_t index = 0; index < kSettings.size(); ++index) {
+            std::shared_ptr<IRecordset> row;
+            if (processor.DB_ExecuteQuery(Pragma(index, "").c_str(), row) && row->MoveNext()) {
+                m_earlier[index] = row->GetString(0).GetString();
+            }
+            row.reset();
+            Set(index, kSettings[index].value);
+        }
+    }
+    CSortSettings(const CSortSettings&) = delete;
+    CSortSettings& operator=(const CSortSettings&) = delete;
+    ~CSortSettings() {
+        for (std::size_t index = 0; index < kSettings.size(); ++index) {
+            Set(index, m_earlier[index]);
+        }
+    }
+
+private:
+    struct SSetting {
+        const char* name;
+        const char* value;
+    };
+    static constexpr std::array kSettings = {
+        SSetting{"temp_store", "FILE"}, SSetting{"cache_size", "-16384"}, SSetting{"threads", "1"}};
+
+    static std::string Pragma(std::size_t index, const std::string& end) {
+        return std::string("PRAGMA ") + kSettings[index].name + end;
+    }
+    void Set(std::size_t index, const std::string& value) {
+        if (!value.empty()) {
+            m_processor.DB_ExecuteQuery(Pragma(index, " = " + value).c_str());
+        }
+    }
+
+    CDBProcessor& m_processor;
+    std::array<std::string, kSettings.size()> m_earlier;
+};
+
 void Drop(CDBProcessor& processor, std::span<const SIndex> indexes) {
     for (const SIndex& index : indexes) {
         processor.DB_ExecuteQuery((std::string("DROP INDEX IF EXISTS ") + index.name).c_str());
@@ -53,6 +100,7 @@ void Drop(CDBProcessor& processor, std::span<const SIndex> indexes) {
 } // namespace
 
 CRuleIndexes::CRuleIndexes(CDBProcessor& processor) : m_processor(processor) {
+    const CSortSettings settings(processor);
     Create(processor, kForRules);
 }
 
