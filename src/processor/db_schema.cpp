@@ -12,6 +12,8 @@
 #include "support/trace.h"
 
 #include <array>
+#include <filesystem>
+#include <system_error>
 
 namespace Nax::FrontEnd::XMLDB {
 
@@ -179,7 +181,12 @@ bool CDBProcessor::DB_CreateBackup(const std::string& dbFile, bool deleteSource)
                         static_cast<int>(code), ErrorMessageWin32(code).c_str());
     }
     if (deleteSource) {
-        result = DeleteFileA(dbFile.c_str());
+        // Without a copy (the disk may be full) the file itself becomes the backup.
+        std::error_code failure = std::make_error_code(std::errc::file_exists);
+        if (!result) {
+            std::filesystem::rename(dbFile, backup, failure);
+        }
+        result = !failure || DeleteFileA(dbFile.c_str());
         if (!result) {
             const DWORD code = ::GetLastError();
             NAX_TRACE_ERROR(kClass, "DB_Backup: DeleteFile failed !!! last error: %d, %s\n",

@@ -31,6 +31,16 @@ void SettleDatabase() {
     }
 }
 
+void SettleBeforeRun(const std::string& database) {
+    if (WasInterrupted(database)) {
+        SettleDatabase();
+    }
+    std::error_code error;
+    if (fs::is_regular_file(database, error) && fs::file_size(database, error) == 0) {
+        fs::remove(database, error);
+    }
+}
+
 void CSupportSources::Add(const std::string& path) {
     SSupportLandscapeFile file;
     file.path = path;

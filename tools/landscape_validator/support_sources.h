@@ -16,6 +16,10 @@ bool WasInterrupted(const std::string& database);
 /// its journal a copy would hold half a transaction.
 void SettleDatabase();
 
+/// The same before a run that makes the database anew and keeps this one as a backup. One that then
+/// is empty, since its run was killed while it loaded, is removed: it would only push out a backup.
+void SettleBeforeRun(const std::string& database);
+
 /// The landscape files of a support archive.
 class CSupportSources {
 public:

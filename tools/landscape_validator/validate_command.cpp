@@ -16,6 +16,7 @@
 #include "rule_indexes.h"
 #include "rule_set.h"
 #include "schema_files.h"
+#include "support_sources.h"
 
 #include <fmt/format.h>
 
@@ -40,6 +41,11 @@ constexpr const char* kDatabaseSettings[] = {
     "PRAGMA synchronous = OFF",   "PRAGMA page_size = 8192",    "PRAGMA cache_size = -65536",
     "PRAGMA temp_store = MEMORY", "PRAGMA secure_delete = OFF",
 };
+
+// Somebody may be looking into the database when a transaction is to be written: that one is waited
+// for. Not before the load has ended: a cache that is full would wait anew at every record, where
+// it may as well grow.
+constexpr char kWaitForReaders[] = "PRAGMA busy_timeout = 10000";
 
 /// One run, step by step; each step is told on `err` when it fails.
 class CValidateRun {
@@ -170,6 +176,7 @@ private:
     }
 
     bool FillDatabase() {
+        SettleBeforeRun((fs::path(m_options.outputFolder) / "UILandscape.db").string());
         m_processor = MakeProcessor(m_options.rules.schema, Transactional);
         if (!m_processor->Process(createDB, std::wstringstream())) {
             return FailDatabase("the database cannot be made");
@@ -186,6 +193,7 @@ private:
             return Fail("the files cannot be checked: " + m_loader->GetFailure());
         }
         ShowProgress("Storing " + std::to_string(m_loader->GetEntryCount()) + " entries");
+        m_processor->DB_ExecuteQuery(kWaitForReaders);
         const bool committed = loaded && m_processor->Process(Commit, std::wstringstream()) &&
                                m_loader->InsertRemainingRows();
         return committed || FailDatabase("the landscape cannot be stored");
