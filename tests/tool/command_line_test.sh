@@ -144,6 +144,35 @@ rm -rf unpacked
 [ "$(sqlite3 unpacked/Database/UILandscape.db 'PRAGMA integrity_check')" = ok ] ||
   failed=$((failed + 1))
 
+# The next run's backup of it is whole, too; of one that held nothing yet none is made.
+integrity() { sqlite3 "$1" 'PRAGMA integrity_check'; }
+cut_short
+check 'run after a killed run' 0 'No findings.' '' -o cut "$clean"
+[ "$(integrity cut/UILandscape.db_*.bak)" = ok ] && [ "$(integrity cut/UILandscape.db)" = ok ] ||
+  failed=$((failed + 1))
+rm cut/*.bak
+: >cut/UILandscape.db
+check 'run after one that was killed at once' 0 'No findings.' '' -o cut "$clean"
+[ -z "$(find cut -name '*.bak')" ] || failed=$((failed + 1))
+
+# Without room for its copy the earlier database stays all the same.
+cp cut/UILandscape.db whole.db
+bash -c 'trap "" XFSZ; ulimit -f 4 && exec "$0" -o cut "$1"' "$tool" "$clean" >out.txt 2>err.txt
+[ $? -eq 2 ] && cmp whole.db cut/UILandscape.db_*.bak || failed=$((failed + 1))
+
+# Who reads the database while it is to be stored is waited for.
+rm -rf cut
+mkfifo slow
+"$tool" -o cut slow >out.txt 2>err.txt &
+for _ in $(seq 100); do [ -e cut/UILandscape.db ] || sleep 0.1; done
+sqlite3 -readonly cut/UILandscape.db >/dev/null <<END
+BEGIN;
+SELECT count(*) FROM sqlite_master;
+.shell cat '$clean' >slow; sleep 2
+COMMIT;
+END
+wait $! && grep -q 'No findings.' out.txt || failed=$((failed + 1))
+
 cp c/LandscapeValidation.zip earlier.zip
 mkdir c/Registry
 : >c/Registry/mine
