@@ -43,9 +43,9 @@ constexpr const char* kDatabaseSettings[] = {
 };
 
 // Somebody may be looking into the database when a transaction is to be written: that one is waited
-// for. Not before the load has ended: a cache that is full would wait anew at every record, where
-// it may as well grow.
-constexpr char kWaitForReaders[] = "PRAGMA busy_timeout = 10000";
+// for, and long, since a rule whose row cannot be stored is only told in the trace. Not before the
+// load has ended: a cache that is full would wait anew at every record, where it may as well grow.
+constexpr char kWaitForReaders[] = "PRAGMA busy_timeout = 300000";
 
 /// One run, step by step; each step is told on `err` when it fails.
 class CValidateRun {
