@@ -182,8 +182,9 @@ bool CDBProcessor::DB_CreateBackup(const std::string& dbFile, bool deleteSource)
     }
     if (deleteSource) {
         // Without a copy (the disk may be full) the file itself becomes the backup.
-        std::error_code failure = std::make_error_code(std::errc::file_exists);
-        if (!result) {
+        std::error_code failure = std::make_error_code(std::errc::invalid_argument);
+        std::error_code ignored;
+        if (!result && std::filesystem::is_regular_file(dbFile, ignored)) {
             std::filesystem::rename(dbFile, backup, failure);
         }
         result = !failure || DeleteFileA(dbFile.c_str());
