@@ -103,7 +103,7 @@ std::string FindConfigurationFile() {
             break;
         }
         if (fs::exists(fs::symlink_status(folder / kFileName, ignored))) {
-            const std::string path = (found / kFileName).string();
+            std::string path = (found / kFileName).string();
             if (fs::is_fifo(path, ignored)) { // opening it could wait for ever
                 throw CConfigurationError("cannot read the configuration file '" + path +
                                           "': it is a pipe");
