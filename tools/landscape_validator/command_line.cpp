@@ -14,14 +14,11 @@ namespace {
 constexpr std::array<std::string_view, 4> kCommands = {"validate", "collect", "rules", "schema"};
 constexpr std::array<std::string_view, 4> kOwnOptions = {"-h", "--help", "-V", "--version"};
 
-constexpr char kFooter[] = R"(
+constexpr char kDefault[] = R"(
 A file or an option as the first word means "validate".
+)";
 
-Exit codes:
-  0  nothing at or above the threshold
-  1  findings at or above the threshold (--fail-on)
-  2  the job could not be done, or not for every FILE
-
+constexpr char kExamples[] = R"(
 Examples:
   landscape-validator landscape.xml
   landscape-validator validate -o report --fail-on warning central.xml local.xml
@@ -97,7 +94,9 @@ void DefineCommands(CLI::App& app, const std::vector<std::string>& filesBehindDa
     AddCollectCommand(app, filesBehindDashes, chosen);
     AddRulesCommand(app, filesBehindDashes, chosen);
     AddSchemaCommand(app, chosen);
-    app.footer([&app] { return OptionsOf(*app.get_subcommand("validate")) + kFooter; });
+    app.footer([&app] {
+        return OptionsOf(*app.get_subcommand("validate")) + kDefault + kExitCodeHelp + kExamples;
+    });
 }
 
 Command ParseCommandLine(const std::vector<std::string>& arguments, std::ostream& out,

@@ -15,12 +15,7 @@ namespace LandscapeValidator {
 
 namespace {
 
-constexpr char kFooter[] = R"(
-Exit codes:
-  0  nothing at or above the threshold
-  1  findings at or above the threshold (--fail-on)
-  2  the job could not be done, or not for every FILE
-
+constexpr char kExamples[] = R"(
 Examples:
   landscape-validator landscape.xml
   landscape-validator -o report --fail-on warning central.xml local.xml
@@ -112,7 +107,7 @@ void AddValidateCommand(CLI::App& app, const std::vector<std::string>& filesBehi
                         Command& chosen) {
     CLI::App& command = *app.add_subcommand("validate", "Validate landscape files (the default)");
     command.set_version_flag("-V,--version", "landscape-validator " LANDSCAPE_VALIDATOR_VERSION);
-    command.footer(kFooter);
+    command.footer(std::string(kExitCodeHelp) + kExamples);
     // Lives as long as the callback, which outlives this function.
     const auto words = std::make_shared<SValidateWords>();
     CLI::Option* const files = command.add_option(
