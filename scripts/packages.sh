@@ -12,6 +12,8 @@ check_packages=(clang-format clang-tidy)
 test_packages+=(bash-completion bsdextrautils man-db mandoc shellcheck python3-yaml yamllint zsh)
 # For bench_parts, which clang-tidy reads too.
 test_packages+=(libbenchmark-dev libre2-dev)
+# For what a run starts and writes.
+test_packages+=(strace)
 package_packages=(dpkg-dev file lintian)
 docs_packages=(doxygen mkdocs)
 

@@ -126,6 +126,10 @@ TEST_F(CGuardedRuleTest, HostileBodiesBecomeOneRuntimeErrorAndChangeNothing) {
          ""},
         {"INSERT INTO temp.ValidationResults (RuleId) VALUES ('40')", "the rule id '40'"},
         {insert + "SELECT @ruleid, zeroblob(1000000000), 's1', '0'", "too big"},
+        {"SELECT printf('%*d', 2000000000, 1)", "too big"},
+        {"SELECT format('%s%.*c', 1, -2147483647, 'x')", "too big"},
+        {"SELECT printf('%.49999c%.9c', 'x', 'x')", "too big"},
+        {"SELECT printf('%.99999999999999999999c', 'x')", "too big"},
         {"SELECT regexp('((a{0,99}){0,99}){0,99}b', printf('%*d', 90000, 1))",
          "too large together"},
         {"WITH RECURSIVE c(x) AS (SELECT randomblob(150000) UNION ALL SELECT randomblob(150000) "
@@ -187,7 +191,10 @@ TEST_F(CGuardedRuleTest, WhatItMayDo) {
          {"50:5:"}},
         {"REPLACE INTO ValidationResults (pk, RuleId, ResultDescription) VALUES (1, 50, 'r')",
          {"50:5:r"}},
-        {insert + "SELECT @ruleid, printf('%*d', 2000000000, 1), 's1', '0'", {"50:5:"}},
+        {insert + "SELECT @ruleid, printf('%-5s|%.3f|%*d|%s%n%%', 'it''s', 0.5, 3, 7, NULL) || "
+                  "ifnull(printf(), '-') || format('%.49999c', 'x') LIKE 'it''s |0.500|  7|%-xx%', "
+                  "'s1', '0'",
+         {"50:5:1"}},
         {insert + "SELECT @ruleid, value, 's1', '0' FROM json_each('[7]')", {"50:5:7"}},
         {insert + "SELECT @ruleid, 'x', 's1', '0' WHERE 'a' NOT REGEXP 'a'",
          {"50:1:" + std::string(ResultCodeName(ValidationPassed))}},

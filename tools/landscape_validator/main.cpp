@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "command_line.h"
 #include "platform/host.h"
+#include "printable.h"
 
 #include <exception>
 #include <iostream>
@@ -19,7 +20,7 @@ int main(int argc, char** argv) {
             exitCode = command(std::cout, std::cerr);
         }
     } catch (const std::exception& exception) {
-        std::cerr << "landscape-validator: " << exception.what() << '\n';
+        std::cerr << "landscape-validator: " << PrintableLines(exception.what()) << '\n';
         exitCode = ExitCode::Failure;
     }
     return static_cast<int>(exitCode);

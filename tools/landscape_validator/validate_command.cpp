@@ -119,8 +119,7 @@ private:
     bool AddInputFile(const std::string& path) {
         const std::string reason = WhyUnreadable(path, Pipes::Untried);
         if (IsUtf8(path)) {
-            // A name like "a:b" would read as a URL everywhere else.
-            m_files.AddCommandLineFile(IsRemoteUrl(path) ? "./" + path : path);
+            m_files.AddCommandLineFile(AsLocalPath(path));
         }
         if (!reason.empty()) {
             m_output.AddError(fmt::format("cannot read '{}': {}", path, reason), path);
