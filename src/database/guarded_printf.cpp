@@ -17,27 +17,31 @@ namespace Nax::FrontEnd::XMLDB {
 namespace {
 
 constexpr std::int64_t kMostRepeats = 50'000;
+constexpr std::int64_t kTooMany = kMostRepeats + 1;
 
-/// How often the call may repeat characters at most: the sum of all precisions, where one that
-/// comes by an argument counts as the largest number among them.
-std::int64_t CountRepeats(std::string_view format, int count, sqlite3_value** values) {
+/// The largest of the numbers that a precision may come from; a negative one counts as positive.
+std::int64_t LargestNumber(int count, sqlite3_value** values) {
     std::int64_t largest = 0;
-    for (int index = 1; index < count && format.find('*') != std::string_view::npos; ++index) {
-        // A negative precision counts as a positive one.
+    for (int index = 1; index < count; ++index) {
         const std::int64_t number = sqlite3_value_int64(values[index]);
-        largest = std::max(largest, number < -kMostRepeats ? kMostRepeats + 1 : std::abs(number));
+        largest = std::max(largest, number < -kMostRepeats ? kTooMany : std::abs(number));
     }
+    return std::min(largest, kTooMany);
+}
+
+/// How often the call may repeat characters at most: the sum of all precisions. Widths cost
+/// nothing, since they are refused at once when they are too large.
+std::int64_t CountRepeats(std::string_view format, int count, sqlite3_value** values) {
     std::int64_t repeats = 0;
-    for (std::size_t at = 0; at < format.size() && repeats <= kMostRepeats; ++at) {
-        if (format[at] == '*') {
-            repeats += std::min(largest, kMostRepeats + 1);
-        } else if (format[at] == '.') {
-            std::int64_t digits = 0;
-            while (at + 1 < format.size() && format[at + 1] >= '0' && format[at + 1] <= '9') {
-                digits = std::min(digits * 10 + (format[++at] - '0'), kMostRepeats + 1);
-            }
-            repeats += digits;
+    for (std::size_t at = format.find('.'); at < format.size() && repeats < kTooMany;
+         at = format.find('.', at + 1)) {
+        std::int64_t precision = 0;
+        for (std::size_t digit = at + 1;
+             digit < format.size() && format[digit] >= '0' && format[digit] <= '9'; ++digit) {
+            precision = std::min(precision * 10 + (format[digit] - '0'), kTooMany);
         }
+        const bool byArgument = at + 1 < format.size() && format[at + 1] == '*';
+        repeats += byArgument ? LargestNumber(count, values) : precision;
     }
     return repeats;
 }

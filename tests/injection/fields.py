@@ -120,3 +120,13 @@ def include_file(payload, text):
     return (f'<Landscape updated="2026-01-01"><Includes><Include url="{value}" name="{said}" description="{said}"/>'
             f'<Include url="{escaped("https://forged.invalid/" + text + marker(payload, 990))}"/>'
             "</Includes></Landscape>")
+
+
+def rules_file():
+    """Markers 980 and 981: a rule's name and what it says of mending."""
+    body = escaped("INSERT INTO ValidationResults (RuleId, ResultDescription, UUID, file_id) "
+                   "SELECT @ruleid, 'x', uuid, file_id FROM Services LIMIT 1")
+    rules = "".join(f'<Rule id="{100 + number}" name="{escaped(text + marker(number, 980))}" type="Info" msg="m" '
+                    f'solution="{escaped(text + marker(number, 981))}" body="{body}"/>'
+                    for number, text in enumerate(PAYLOADS.values()))
+    return f"<ValidationRules>{rules}</ValidationRules>"
