@@ -211,7 +211,7 @@ class Text(unittest.TestCase):
         clean, out = (ET.parse(self.base / f"{run}.junit") for run in ("clean", "out"))
         tags = lambda tree: {(e.tag, tuple(e.attrib)) for e in tree.iter()}
         self.assertEqual(tags(out) - tags(clean) - {("skipped", ("message",)), ("error", ("message", "type"))}, set())
-        stored = "".join(e.text or "" for e in out.iter("failure"))
+        stored = "\n".join(" ".join([e.text or "", *e.attrib.values()]) for e in out.iter())
         for text in texts[::7]:
             self.assertIn(re.sub("[\ufffe\uffff]|[\0-\x08\x0b\x0c\x0e-\x1f]", "\ufffd", text), stored)
 
