@@ -5,7 +5,7 @@ Prints the bill of materials of the runtime package as CycloneDX 1.5 JSON: what 
 library under ROOT (the files about to be packed) are linked with, what was compiled into them from
 headers (as the compiler's own dependency files of BUILD tell), and the resources that SOURCE embeds.
 Nothing is listed by hand, so nothing can be forgotten. The same files give the same text;
-SOURCE_DATE_EPOCH is its date."""
+SOURCE_DATE_EPOCH, when set, is its date."""
 import hashlib
 import json
 import os
@@ -153,7 +153,7 @@ def describe(build, source, version, root):
         "bomFormat": "CycloneDX", "specVersion": "1.5", "version": 1,
         "metadata": {
             "timestamp": time.strftime("%Y-%m-%dT%H:%M:%SZ",
-                                       time.gmtime(int(os.environ["SOURCE_DATE_EPOCH"]))),
+                                       time.gmtime(int(os.environ.get("SOURCE_DATE_EPOCH", time.time())))),
             "tools": {"components": [{"type": "application", "name": "make_sbom.py",
                                       "version": version}]},
             "component": {"type": "application", "bom-ref": "package",
