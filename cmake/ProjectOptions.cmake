@@ -10,7 +10,7 @@ target_compile_options(naxfewxmldb_options INTERFACE
   $<$<BOOL:${NAXFEWXMLDB_WERROR}>:-Werror>)
 
 # What distributions build with, in every optimised build: checked formats, copies and containers,
-# guarded stacks, checked jumps, programs that are loaded anywhere, tables that are read-only once
+# guarded stacks, marked jump targets, programs that are loaded anywhere, tables that are read-only once
 # the program has been loaded. Cheap, and the input comes from elsewhere. Sanitizers do the same work
 # in their own way.
 if(NOT NAXFEWXMLDB_SANITIZERS AND NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
