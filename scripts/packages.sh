@@ -14,7 +14,7 @@ test_packages+=(bash-completion bsdextrautils man-db mandoc shellcheck python3-y
 test_packages+=(libbenchmark-dev libre2-dev)
 # For what a run starts and writes.
 test_packages+=(strace)
-package_packages=(dpkg-dev file lintian)
+package_packages=(binutils dpkg-dev file lintian python3 python3-jsonschema)
 docs_packages=(doxygen mkdocs)
 
 # ensure_packages NAME...: does nothing, not even ask the network, when all are there.

@@ -58,7 +58,17 @@ enum DBOperations : int {
 /// copies of a processor share all three and have their own texts, prefixes and queue.
 ///
 /// Threads: one at a time, except that both DB_ExecuteQuery forms, GetLastDBError and the other
-/// getters may be called from several threads. All processors of a process use one database file.
+/// getters may be called from several threads.
+///
+/// All processors of a process use one database file, and one of them makes it at a time. From
+/// `createDB` until its connection is closed (by UnInitialize, which the end of any copy calls) or
+/// the thread that called it has ended, `createDB` of a processor on another thread is refused, and
+/// so is `openDB` there when it would mean another file: both return false and GetLastDBError says
+/// so. Processors on one thread, one after the other, are never refused. On other threads, in
+/// Normal mode, processors may be made and closed at any time, open the same file to read it, and
+/// use databases in memory. Transactions of two processors at the same time are not supported.
+/// Where connections share a file, each wants "PRAGMA busy_timeout": without it a statement that
+/// meets another connection's fails at once, with "database is locked".
 ///
 /// Failure: every operation returns false, and GetLastDBError holds the block that says what
 /// failed, where and why. A failing statement does not stop the statements after it, except in
@@ -130,7 +140,8 @@ public:
     TextProcessor getTextProcessor() const;
     const TextProcessor& getTextProcessorRef() const;
 
-    /// Path of the database file, set by every Initialize of the process.
+    /// Path of the database file, set by every Initialize of the process. Where several threads
+    /// initialise processors, read it through GetDatabaseFileName, which is guarded.
     static std::string m_dbName;
 
 protected:

@@ -192,7 +192,7 @@ bool CDBProcessor::DB_ExecuteQuery(const char* sql, std::shared_ptr<IRecordset>&
 bool CDBProcessor::Error(const char* errorBlock, const std::string& message) {
     const std::lock_guard lock(*m_errorMutex);
     std::string text = errorBlock;
-    text.append("Database: ").append(m_dbName).append("\n");
+    text.append("Database: ").append(GetDatabaseFileName()).append("\n");
     text.append(message).append("\n");
     text.append("SQLite error: ");
     if (m_database != nullptr) {

@@ -4,6 +4,7 @@
 #include <naxfewxmldb/xsd_to_ddl_mapper.h>
 
 #include "database/bound_insert_runner.h"
+#include "database/own_transaction.h"
 #include "platform/files.h"
 #include "processor/error_blocks.h"
 #include "processor/operation_names.h"
@@ -78,7 +79,7 @@ bool CDBProcessor::DB_Commit() {
         return false;
     }
     m_directLoad = false;
-    const bool committed = m_database->Commit();
+    const bool committed = CommitOwnTransaction(*m_database);
     const CStringA cause = committed ? CStringA() : m_database->GetLastError();
     NAX_TRACE(kClass, "DB_Commit: Commit transaction: %d\n", static_cast<int>(committed));
     DB_Post_Update();

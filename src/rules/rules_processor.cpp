@@ -4,6 +4,7 @@
 #include <naxfewxmldb/rules_processor.h>
 #include <naxfewxmldb/xml_document.h>
 
+#include "database/own_transaction.h"
 #include "rules/rule_elements.h"
 #include "rules/sql_rule.h"
 #include "rules/thread_limiter.h"
@@ -173,7 +174,7 @@ bool CRulesProcessor::StartTransaction() {
 
 bool CRulesProcessor::FinalizeTransaction() {
     const std::shared_ptr<IDatabase> database = m_processor->GetDatabase();
-    const bool committed = database != nullptr && database->Commit();
+    const bool committed = database != nullptr && CommitOwnTransaction(*database);
     NAX_TRACE(kClass, "Commit : %d\n", static_cast<int>(committed));
     if (!committed && database != nullptr) {
         const bool rolledBack = database->Rollback();

@@ -1,10 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "backups.h"
 
+#include <fmt/chrono.h>
+
 #include <algorithm>
+#include <chrono>
+#include <ctime>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -51,6 +56,20 @@ int RemoveOldFiles(const std::string& folder, std::string_view pattern, int keep
 
 int RemoveOldBackups(const std::string& folder, int keep) {
     return RemoveOldFiles(folder, "UILandscape.db_##-##-#### ##-##-##_.bak", keep);
+}
+
+void AwaitBackupName(const std::string& folder) {
+    constexpr auto kPause = std::chrono::milliseconds(20);
+    constexpr int kMostPauses = 75;
+    std::error_code error;
+    for (int pause = 0; pause < kMostPauses; ++pause) {
+        const std::string name = fmt::format("UILandscape.db_{:%d-%m-%Y %H-%M-%S}_.bak",
+                                             fmt::localtime(std::time(nullptr)));
+        if (!fs::exists(fs::path(folder) / name, error)) {
+            return;
+        }
+        std::this_thread::sleep_for(kPause);
+    }
 }
 
 } // namespace LandscapeValidator

@@ -14,4 +14,8 @@ int RemoveOldFiles(const std::string& folder, std::string_view pattern, int keep
 /// The same for backups of the database, as the library names them.
 int RemoveOldBackups(const std::string& folder, int keep);
 
+/// Waits while a backup in `folder` bears the current second, which the next one would replace: a
+/// second at most, and only where runs follow each other that fast.
+void AwaitBackupName(const std::string& folder);
+
 } // namespace LandscapeValidator

@@ -176,6 +176,9 @@ private:
 
     bool FillDatabase() {
         SettleBeforeRun((fs::path(m_options.outputFolder) / "UILandscape.db").string());
+        if (m_options.keepBackups > 0) {
+            AwaitBackupName(m_options.outputFolder);
+        }
         m_processor = MakeProcessor(m_options.rules.schema, Transactional);
         if (!m_processor->Process(createDB, std::wstringstream())) {
             return FailDatabase("the database cannot be made");

@@ -51,7 +51,8 @@ LockOutcome LockFolder(const std::string& folder, std::unique_ptr<IFolderLock>& 
                        std::string& message) {
     const std::string path = folder + "/" + kLockFile;
     for (;;) {
-        const int file = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+        // Somebody else's link would have the file made wherever it points to.
+        const int file = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666);
         if (file < 0) {
             message = std::generic_category().message(errno);
             return LockOutcome::Failed;
