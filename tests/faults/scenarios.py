@@ -52,6 +52,9 @@ def prepare(tool, examples, folder):
     formats = SCENARIOS["formats"][0]
     run(tool, formats[:formats.index("--baseline")] + [
         "--write-baseline", "new.json", "--collect", "--config-dir", "settings", "old.xml"], folder)
+    # A second summary of the same second would take its place.
+    summary, = (folder / "out").glob("Data_*")
+    summary.rename(summary.with_name("Data_01-02-2023 04-05-06_.xml"))
 
 
 def run(tool, arguments, folder, environment=None, timeout=60, **more):
