@@ -4,6 +4,7 @@
 #include "database/guard_limits.h"
 #include "database/guarded_printf.h"
 #include "database/sqlite_database.h"
+#include "database/storage_failures.h"
 
 #include <optional>
 
@@ -219,7 +220,11 @@ bool CStatementGuard::HasInsert() const {
 }
 
 bool CStatementGuard::Execute(const char* sql) {
-    return sqlite3_exec(m_state->connection, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
+    if (sqlite3_exec(m_state->connection, sql, nullptr, nullptr, nullptr) == SQLITE_OK) {
+        return true;
+    }
+    CStorageFailures::Note(m_state->connection);
+    return false;
 }
 
 bool CStatementGuard::FailWith(const std::string& message) {
@@ -229,6 +234,7 @@ bool CStatementGuard::FailWith(const std::string& message) {
 
 std::string CStatementGuard::Describe(int code) const {
     const SState& state = *m_state;
+    CStorageFailures::Note(state.connection);
     if (const std::string denial = state.policy.GetDenial(); !denial.empty()) {
         return denial;
     }

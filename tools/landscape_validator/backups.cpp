@@ -4,12 +4,10 @@
 #include <fmt/chrono.h>
 
 #include <algorithm>
-#include <chrono>
 #include <ctime>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -54,22 +52,23 @@ int RemoveOldFiles(const std::string& folder, std::string_view pattern, int keep
     return removed;
 }
 
-int RemoveOldBackups(const std::string& folder, int keep) {
-    return RemoveOldFiles(folder, "UILandscape.db_##-##-#### ##-##-##_.bak", keep);
+bool MoveDatabaseAside(const std::string& database, std::string& reason) {
+    std::error_code error;
+    if (!fs::is_regular_file(fs::symlink_status(database, error))) {
+        return true;
+    }
+    std::string backup;
+    std::time_t second = std::time(nullptr);
+    do {
+        backup = fmt::format("{}_{:%d-%m-%Y %H-%M-%S}_.bak", database, fmt::localtime(second++));
+    } while (fs::exists(fs::symlink_status(backup, error)));
+    fs::rename(database, backup, error);
+    reason = error ? error.message() : std::string();
+    return !error;
 }
 
-void AwaitBackupName(const std::string& folder) {
-    constexpr auto kPause = std::chrono::milliseconds(20);
-    constexpr int kMostPauses = 75;
-    std::error_code error;
-    for (int pause = 0; pause < kMostPauses; ++pause) {
-        const std::string name = fmt::format("UILandscape.db_{:%d-%m-%Y %H-%M-%S}_.bak",
-                                             fmt::localtime(std::time(nullptr)));
-        if (!fs::exists(fs::path(folder) / name, error)) {
-            return;
-        }
-        std::this_thread::sleep_for(kPause);
-    }
+int RemoveOldBackups(const std::string& folder, int keep) {
+    return RemoveOldFiles(folder, "UILandscape.db_##-##-#### ##-##-##_.bak", keep);
 }
 
 } // namespace LandscapeValidator
