@@ -6,7 +6,7 @@
 
 #include <naxfewxmldb/regexp.h>
 
-#include <sqlite3.h>
+#include "database/sqlite_memory.h"
 
 namespace Nax::FrontEnd::XMLDB {
 
@@ -52,7 +52,7 @@ bool CSQLiteDatabase::Fail(const CStringA& message) {
 bool CSQLiteDatabase::Open(const char* path, const char* /*user*/, const char* /*password*/) {
     CStringA message;
     sqlite3* connection = nullptr;
-    if (sqlite3_open(path, &connection) != SQLITE_OK) {
+    if (Noted(sqlite3_open(path, &connection)) != SQLITE_OK) {
         sqlite3_close(connection);
         m_connection = nullptr;
         message.Format("Failed to open database: '%s'", path);
@@ -61,7 +61,7 @@ bool CSQLiteDatabase::Open(const char* path, const char* /*user*/, const char* /
     // Link rows carry their values in double quotes, which a build may not take as texts.
     sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DML, 1, nullptr);
     m_fileName = path;
-    const int registered = sqlite3_regexp_init(connection);
+    const int registered = Noted(sqlite3_regexp_init(connection));
     if (registered != SQLITE_OK) {
         m_connection = nullptr;
         message.Format("Failed to initialize regexp. Error: '%d'", registered);
@@ -96,7 +96,7 @@ bool CSQLiteDatabase::Execute(const CStringA& sql) {
         return false;
     }
     char* message = nullptr;
-    if (sqlite3_exec(m_connection, sql, nullptr, nullptr, &message) == SQLITE_OK) {
+    if (Noted(sqlite3_exec(m_connection, sql, nullptr, nullptr, &message)) == SQLITE_OK) {
         return true;
     }
     Fail(message);
@@ -113,7 +113,7 @@ bool CSQLiteDatabase::ExecuteQuery(const char* sql, std::shared_ptr<IRecordset>&
     CStringA message;
     {
         const CConnectionGuard guard(m_connection);
-        if (sqlite3_prepare_v2(m_connection, sql, -1, &created->m_statement, nullptr) ==
+        if (Noted(sqlite3_prepare_v2(m_connection, sql, -1, &created->m_statement, nullptr)) ==
             SQLITE_OK) {
             return true;
         }
@@ -188,6 +188,7 @@ bool CSQLiteDatabase::InsertBlob(const char* sql, const void* data, int size) {
         statement = nullptr;
     }
     if (!inserted) {
+        Noted(sqlite3_errcode(m_connection));
         GetLastError();
     }
     sqlite3_finalize(statement);

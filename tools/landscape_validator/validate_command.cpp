@@ -18,6 +18,8 @@
 #include "schema_files.h"
 #include "support_sources.h"
 
+#include <naxfewxmldb/memory.h>
+
 #include <fmt/format.h>
 
 #include <filesystem>
@@ -61,7 +63,7 @@ public:
         if (!m_output.Prepare() || !LoadRuleSet() || !ReadCommandLineFiles() || !PrepareFolder()) {
             return Stop();
         }
-        if (!FillDatabase() || !RunRules()) {
+        if (!FillDatabase() || !RunRules() || !HadMemory()) {
             // Now of all times support needs the files; the connection closes first.
             m_rules.reset();
             m_loader.reset();
@@ -76,6 +78,9 @@ public:
         findings.SetSchemaGate(m_ruleSet.GetSchemaGate());
         RemoveOldBackups(m_options.outputFolder, m_options.keepBackups);
         RemoveOldSummaries(m_options.outputFolder, m_options.keepBackups + 1);
+        if (!HadMemory()) {
+            return Stop();
+        }
         return Tell(findings);
     }
 
@@ -83,6 +88,12 @@ private:
     bool Fail(const std::string& message) {
         m_output.AddError(message);
         return false;
+    }
+
+    /// An allocation that failed may have cost a finding: what is at hand must not be told as
+    /// whole.
+    bool HadMemory() {
+        return GetFailedAllocations() == 0 || Fail("out of memory: the files cannot be checked");
     }
 
     /// Documents are written also of what could not be done.

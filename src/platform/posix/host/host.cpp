@@ -79,6 +79,12 @@ void FillClosedStandardStreams() {
     }
 }
 
+void WriteErrorAndEnd(std::string_view text, int exitCode) noexcept {
+    const ssize_t written = write(STDERR_FILENO, text.data(), text.size());
+    static_cast<void>(written);
+    _exit(exitCode);
+}
+
 void WatchStopSignals() {
     struct sigaction action = {};
     action.sa_handler = &RequestStop;

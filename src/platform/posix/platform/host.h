@@ -5,6 +5,7 @@
 // library: its exported surface does not grow by what only a program needs.
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace Nax::FrontEnd::XMLDB {
 
@@ -24,6 +25,9 @@ LockOutcome LockFolder(const std::string& folder, std::unique_ptr<IFolderLock>& 
 /// Puts the null device where the caller has closed a standard stream, so that no file of ours
 /// takes its number. Writing to a stream that was closed still fails.
 void FillClosedStandardStreams();
+
+/// Writes `text` to standard error and ends the process without any further work; needs no memory.
+[[noreturn]] void WriteErrorAndEnd(std::string_view text, int exitCode) noexcept;
 
 /// From now on a signal that asks the program to stop (Ctrl-C, termination, hang-up) only sets a
 /// flag, so that work files can be cleared away; the second one ends the program. Writing beyond a
