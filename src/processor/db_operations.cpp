@@ -9,8 +9,10 @@
 #include "support/format.h"
 #include "support/text_conversion.h"
 #include "support/trace.h"
+#include "support/within_memory.h"
 
 #include <exception>
+#include <new>
 
 namespace Nax::FrontEnd::XMLDB {
 
@@ -59,7 +61,10 @@ bool CDBProcessor::Process(DBOperations operation, const std::basic_stringstream
         NAX_TRACE(kClass, "Operation: %s, sdata: '%s'\n", DBOperationName(operation), text.c_str());
         result = Dispatch(operation, text);
     } catch (const std::exception& exception) {
-        result = Error(kProcessError, exception.what());
+        result = WithinMemory([&] { return Error(kProcessError, exception.what()); });
+        if (dynamic_cast<const std::bad_alloc*>(&exception) != nullptr) {
+            NoteFailedAllocation();
+        }
     }
     NAX_TRACE(kClass, "CDBProcessor::Process, operation: %s, result: %d\n",
               DBOperationName(operation), static_cast<int>(result));
@@ -67,6 +72,10 @@ bool CDBProcessor::Process(DBOperations operation, const std::basic_stringstream
 }
 
 bool CDBProcessor::Process(DBOperations operation, const SLinkTableProperties& properties) {
+    return WithinMemory([&] { return ProcessLink(operation, properties); });
+}
+
+bool CDBProcessor::ProcessLink(DBOperations operation, const SLinkTableProperties& properties) {
     if (m_dataMapped) {
         return Error(kProcessError, "Data mapping already done");
     }

@@ -6,6 +6,7 @@
 
 #include <exception>
 #include <iostream>
+#include <mutex>
 #include <new>
 #include <string>
 #include <vector>
@@ -19,6 +20,21 @@ void NoteAndThrow() {
     Nax::FrontEnd::XMLDB::NoteFailedAllocation();
     throw std::bad_alloc();
 }
+
+/// The system loads what it needs to throw through its own functions when it first does so, and
+/// aborts when it has no memory for that: now it has.
+bool PrepareToThrow() noexcept {
+    std::once_flag once;
+    try {
+        std::call_once(once, [] { throw std::bad_alloc(); });
+    } catch (const std::bad_alloc&) {
+        return true;
+    }
+    return false;
+}
+
+// Before main, when there is memory or no program.
+[[maybe_unused]] const bool g_prepared = PrepareToThrow();
 
 /// Nothing is half-written under its final name at any time, so ending here is sound.
 [[noreturn]] void EndAtOnce() noexcept {
@@ -51,7 +67,7 @@ int main(int argc, char** argv) {
         exitCode = ExitCode::Failure;
     }
     if (Nax::FrontEnd::XMLDB::GetFailedAllocations() != 0) {
-        std::cerr << kOutOfMemory;
+        Nax::FrontEnd::XMLDB::WriteError(kOutOfMemory);
         exitCode = ExitCode::Failure;
     }
     return static_cast<int>(exitCode);

@@ -79,9 +79,13 @@ void FillClosedStandardStreams() {
     }
 }
 
-void WriteErrorAndEnd(std::string_view text, int exitCode) noexcept {
+void WriteError(std::string_view text) noexcept {
     const ssize_t written = write(STDERR_FILENO, text.data(), text.size());
     static_cast<void>(written);
+}
+
+void WriteErrorAndEnd(std::string_view text, int exitCode) noexcept {
+    WriteError(text);
     _exit(exitCode);
 }
 

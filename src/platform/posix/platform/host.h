@@ -26,7 +26,9 @@ LockOutcome LockFolder(const std::string& folder, std::unique_ptr<IFolderLock>& 
 /// takes its number. Writing to a stream that was closed still fails.
 void FillClosedStandardStreams();
 
-/// Writes `text` to standard error and ends the process without any further work; needs no memory.
+/// Writes `text` to standard error; needs no memory.
+void WriteError(std::string_view text) noexcept;
+/// The same, and ends the process without any further work.
 [[noreturn]] void WriteErrorAndEnd(std::string_view text, int exitCode) noexcept;
 
 /// From now on a signal that asks the program to stop (Ctrl-C, termination, hang-up) only sets a
