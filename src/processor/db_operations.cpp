@@ -159,19 +159,21 @@ bool CDBProcessor::CreateResultIds() {
 }
 
 bool CDBProcessor::DB_ExecuteQuery(const char* sql) {
-    {
-        // The connection's message belongs to its latest statement: nobody may come between.
-        const std::lock_guard lock(*m_errorMutex);
-        if (m_database == nullptr || !m_database->Execute(sql)) {
-            const bool failed =
-                Error(kExecuteError, std::string("Failed execute query : ").append(sql));
-            NAX_TRACE_ERROR(kClass, "DB_ExecuteQuery: '%s', result: %d\n", sql,
-                            static_cast<int>(failed));
-            return false;
+    return WithinMemory([&] {
+        {
+            // The connection's message belongs to its latest statement: nobody may come between.
+            const std::lock_guard lock(*m_errorMutex);
+            if (m_database == nullptr || !m_database->Execute(sql)) {
+                const bool failed =
+                    Error(kExecuteError, std::string("Failed execute query : ").append(sql));
+                NAX_TRACE_ERROR(kClass, "DB_ExecuteQuery: '%s', result: %d\n", sql,
+                                static_cast<int>(failed));
+                return false;
+            }
         }
-    }
-    NAX_TRACE(kClass, "DB_ExecuteQuery: '%s', result: %d\n", sql, 1);
-    return true;
+        NAX_TRACE(kClass, "DB_ExecuteQuery: '%s', result: %d\n", sql, 1);
+        return true;
+    });
 }
 
 bool CDBProcessor::DB_ExecuteQuery(const std::string& sql, IBoundInsertRunner* boundInserts) {
@@ -183,19 +185,21 @@ bool CDBProcessor::DB_ExecuteQuery(const std::string& sql, IBoundInsertRunner* b
 }
 
 bool CDBProcessor::DB_ExecuteQuery(const char* sql, std::shared_ptr<IRecordset>& recordset) {
-    {
-        const std::lock_guard lock(*m_errorMutex);
-        if (m_database == nullptr || !m_database->ExecuteQuery(sql, recordset)) {
-            const bool failed =
-                Error(kQueryError, std::string("Failed execute query : ").append(sql));
-            NAX_TRACE_ERROR(kClass, "DB_ExecuteQuery: %s, result: %d, pRecordset: %d\n", sql,
-                            static_cast<int>(failed), static_cast<int>(recordset != nullptr));
-            return false;
+    return WithinMemory([&] {
+        {
+            const std::lock_guard lock(*m_errorMutex);
+            if (m_database == nullptr || !m_database->ExecuteQuery(sql, recordset)) {
+                const bool failed =
+                    Error(kQueryError, std::string("Failed execute query : ").append(sql));
+                NAX_TRACE_ERROR(kClass, "DB_ExecuteQuery: %s, result: %d, pRecordset: %d\n", sql,
+                                static_cast<int>(failed), static_cast<int>(recordset != nullptr));
+                return false;
+            }
         }
-    }
-    NAX_TRACE(kClass, "DB_ExecuteQuery: %s, result: %d, pRecordset: %d\n", sql, 1,
-              static_cast<int>(recordset != nullptr));
-    return true;
+        NAX_TRACE(kClass, "DB_ExecuteQuery: %s, result: %d, pRecordset: %d\n", sql, 1,
+                  static_cast<int>(recordset != nullptr));
+        return true;
+    });
 }
 
 bool CDBProcessor::Error(const char* errorBlock, const std::string& message) {

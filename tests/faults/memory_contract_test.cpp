@@ -67,8 +67,14 @@ protected:
                 g_failed = 0;
                 g_onwards = onwards;
                 g_left = number;
-                EXPECT_NO_THROW(done = operation()) << name << ": " << number;
+                bool thrown = false;
+                try {
+                    done = operation();
+                } catch (...) {
+                    thrown = true;
+                }
                 g_left = kNever;
+                EXPECT_FALSE(thrown) << name << ": " << number;
                 if (g_failed == 0) {
                     EXPECT_TRUE(done) << name << ": " << number;
                     break;
@@ -77,7 +83,7 @@ protected:
                 EXPECT_TRUE(done || GetFailedAllocations() > before) << name << ": " << number;
                 ASSERT_TRUE(operation()) << name << " after " << number;
             }
-            EXPECT_GT(failed, 3) << name;
+            EXPECT_GT(failed, 0) << name;
         }
     }
 };
