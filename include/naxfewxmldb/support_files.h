@@ -32,7 +32,9 @@ struct SSupportLandscapeFile {
 
 /// What to collect, and where.
 struct SSupportRequest {
-    std::string folder;   ///< the collection folder; archive and working folders are made inside it
+    std::string folder; ///< the collection folder, in which the archive is made
+    /// An existing folder for the working folders; empty means the collection folder.
+    std::string workFolder;
     std::string database; ///< path of the database file
     std::vector<SSupportLandscapeFile> files;
     /// Collect nothing when one of the working folders' names is taken. Otherwise a folder of such

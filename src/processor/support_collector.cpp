@@ -91,8 +91,8 @@ bool CSupportCollector::IsReady() {
 bool CSupportCollector::FindTakenNames() {
     std::string names;
     for (const char* name : kSupportFolders) {
-        if (m_request.keepExistingFolders && WhatStandsAt(InFolder(name)) != NameKind::Free) {
-            names += (names.empty() ? "'" : ", '") + InFolder(name) + '\'';
+        if (m_request.keepExistingFolders && WhatStandsAt(InWorkFolder(name)) != NameKind::Free) {
+            names += (names.empty() ? "'" : ", '") + InWorkFolder(name) + '\'';
         }
     }
     if (!names.empty()) {
@@ -105,7 +105,7 @@ bool CSupportCollector::FindTakenNames() {
 
 void CSupportCollector::MakeFolders() {
     for (const char* name : kSupportFolders) {
-        const std::string path = InFolder(name);
+        const std::string path = InWorkFolder(name);
         // What an earlier collection has left must not get into this one.
         RemoveFolder(path);
         if (CreatePrivateFolder(path)) {
@@ -133,7 +133,7 @@ void CSupportCollector::CopyFile(const SPlannedFile& planned) {
     if (planned.name.empty()) {
         check = CheckRegularFile(planned.source, planned.links);
     } else {
-        const std::string target = InFolder(std::string(planned.folder) + '/' + planned.name);
+        const std::string target = InWorkFolder(std::string(planned.folder) + '/' + planned.name);
         if (!planned.text.has_value()) {
             check = CopyRegularFile(planned.source, target, planned.links);
         } else if (Utils::CFUtils::ToFile(target, *planned.text) != 0) {
@@ -170,7 +170,7 @@ void CSupportCollector::RunQueries() {
     if (!IsOurs(kRegistryFolder)) {
         return;
     }
-    const std::string output = InFolder(std::string(kRegistryFolder) + '/' + kRegistryFile);
+    const std::string output = InWorkFolder(std::string(kRegistryFolder) + '/' + kRegistryFile);
     for (const char* query : kRegistryQueries) {
         if (!IsCancelled()) {
             RunQuery(query, output);
@@ -217,9 +217,9 @@ void CSupportCollector::WriteZip() {
         for (SSupportFile& file : m_report.files) {
             if (file.problem.empty() && file.name.starts_with(folder + '/')) {
                 // A later file of the same name may have failed and taken the copy with it.
-                file.problem = CheckRegularFile(InFolder(file.name), LinkRule::Refuse).problem;
+                file.problem = CheckRegularFile(InWorkFolder(file.name), LinkRule::Refuse).problem;
                 if (file.problem.empty()) {
-                    entries.push_back({file.name, InFolder(file.name)});
+                    entries.push_back({file.name, InWorkFolder(file.name)});
                 }
             }
         }
@@ -243,9 +243,9 @@ void CSupportCollector::RemoveOldArchives() {
 
 void CSupportCollector::RemoveWorkingFolders() {
     for (const std::string& folder : m_folders) {
-        if (!RemoveFolder(InFolder(folder))) {
-            m_report.warnings.push_back("cannot remove the working folder '" + InFolder(folder) +
-                                        "'");
+        if (!RemoveFolder(InWorkFolder(folder))) {
+            m_report.warnings.push_back("cannot remove the working folder '" +
+                                        InWorkFolder(folder) + "'");
         }
     }
 }
@@ -256,6 +256,10 @@ bool CSupportCollector::IsCancelled() const {
 
 std::string CSupportCollector::InFolder(const std::string& name) const {
     return JoinPath(m_request.folder, name);
+}
+
+std::string CSupportCollector::InWorkFolder(const std::string& name) const {
+    return JoinPath(m_request.workFolder.empty() ? m_request.folder : m_request.workFolder, name);
 }
 
 bool CSupportCollector::IsOurs(const std::string& folder) const {

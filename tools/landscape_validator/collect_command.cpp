@@ -33,11 +33,11 @@ std::string Absolute(const std::string& path) {
     return error ? path : absolute.string();
 }
 
-SSupportRequest RequestFor(const std::string& folder) {
+SSupportRequest RequestFor(const std::string& folder, const std::string& workFolder) {
     SSupportRequest request;
+    request.workFolder = workFolder;
     request.folder = Absolute(folder);
     request.database = request.folder + "/UILandscape.db";
-    request.keepExistingFolders = true;
     request.keepEqualNames = true;
     request.isCancelled = &IsStopRequested;
     return request;
@@ -63,7 +63,8 @@ public:
         if (!PrepareFolder()) {
             return ExitCode::Failure;
         }
-        SSupportRequest request = RequestFor(m_options.outputFolder);
+        SSupportRequest request =
+            RequestFor(m_options.outputFolder, m_work ? m_work->GetSupportFolder() : std::string());
         if (!FindLandscapeFiles(request)) {
             return ExitCode::Failure;
         }
@@ -107,7 +108,11 @@ private:
         std::string reason;
         switch (LockFolder(folder, m_lock, reason)) {
             case LockOutcome::Taken:
-                return true;
+                m_work = std::make_unique<CWorkFolder>(folder);
+                if (m_work->Make(reason)) {
+                    return true;
+                }
+                break;
             case LockOutcome::HeldElsewhere:
                 return Fail("another run is writing into '" + folder + "'; wait for it");
             case LockOutcome::Failed:
@@ -119,7 +124,11 @@ private:
     bool FindLandscapeFiles(SSupportRequest& request) {
         const bool interrupted = WasInterrupted(request.database);
         if (interrupted && !m_options.list) {
-            SettleDatabase();
+            const std::string failure = SettleDatabase();
+            if (WasInterrupted(request.database) && !failure.empty()) {
+                return Fail("the database '" + request.database +
+                            "' of an interrupted run cannot be settled: " + failure);
+            }
         }
         if (!m_options.files.empty()) {
             for (const std::string& file : m_options.files) {
@@ -197,6 +206,7 @@ private:
     std::ostream& m_err;
     bool m_complete = true; ///< false once a file or a step was not done
     std::unique_ptr<IFolderLock> m_lock;
+    std::unique_ptr<CWorkFolder> m_work; ///< null for a list; goes before the lock does
     CSupportSources m_sources;
 };
 
@@ -206,15 +216,16 @@ ExitCode RunCollect(const SCollectOptions& options, std::ostream& out, std::ostr
     return CCollectRun(options, out, err).Run();
 }
 
-void CollectAfterRun(const std::string& outputFolder, const CFileList& files, std::ostream& out,
-                     std::ostream& err, std::vector<std::string>& failures) {
+void CollectAfterRun(const std::string& outputFolder, const CWorkFolder& work,
+                     const CFileList& files, std::ostream& out, std::ostream& err,
+                     std::vector<std::string>& failures) {
     CSupportSources sources;
     for (std::size_t index = 0; index < files.GetCount(); ++index) {
         if (!files[index].path.empty()) {
             sources.Add(files[index].path);
         }
     }
-    SSupportRequest request = RequestFor(outputFolder);
+    SSupportRequest request = RequestFor(outputFolder, work.GetSupportFolder());
     request.files = sources.GetFiles();
     WatchStopSignals();
     const SSupportReport report = CollectSupportFiles(request);

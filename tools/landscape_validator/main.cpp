@@ -10,6 +10,7 @@
 int main(int argc, char** argv) {
     using namespace LandscapeValidator;
     Nax::FrontEnd::XMLDB::FillClosedStandardStreams();
+    Nax::FrontEnd::XMLDB::LetLimitsFailWrites();
     // Before any output: the library writes files through streams of its own.
     std::ios::sync_with_stdio(false);
     ExitCode exitCode = ExitCode::Failure;

@@ -3,11 +3,11 @@
 
 #include "formats/baseline_matcher.h"
 #include "formats/findings_writer.h"
-#include "formats/output_file.h"
 #include "formats/shown_findings.h"
 #include "formats/suppressions.h"
 #include "formats/text_encoding.h"
 #include "platform/host.h"
+#include "platform/whole_file.h"
 #include "printable.h"
 #include "summary.h"
 
@@ -283,7 +283,7 @@ void CFindingsOutput::WriteFormat(const SFormatOutput& output, const SRunOutcome
         return;
     }
     std::string reason;
-    if (!WriteWholeFile(output.file, write, reason)) {
+    if (!Nax::FrontEnd::XMLDB::WriteWholeFile(output.file, write, reason)) {
         Fail(fmt::format("cannot write '{}': {}", output.file, reason));
     }
 }
@@ -323,7 +323,7 @@ void CFindingsOutput::WritePaths(std::ostream& stream, const SRunOutcome& run) c
                << (*m_written == 1 ? " entry)\n" : " entries)\n");
     }
     stream << run.collected << "Database: " << run.database << '\n'
-           << "Report: " << run.page << '\n';
+           << (run.pageWritten ? "Report: " + run.page + '\n' : "");
 }
 
 ExitCode CFindingsOutput::ExitCodeOf(const SRunOutcome& run, const SReport* report) const {

@@ -79,6 +79,10 @@ void FillClosedStandardStreams() {
     }
 }
 
+void LetLimitsFailWrites() {
+    std::signal(SIGXFSZ, SIG_IGN);
+}
+
 void WatchStopSignals() {
     struct sigaction action = {};
     action.sa_handler = &RequestStop;
@@ -90,7 +94,6 @@ void WatchStopSignals() {
             sigaction(signal, &action, nullptr);
         }
     }
-    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 bool IsStopRequested() {

@@ -25,9 +25,11 @@ LockOutcome LockFolder(const std::string& folder, std::unique_ptr<IFolderLock>& 
 /// takes its number. Writing to a stream that was closed still fails.
 void FillClosedStandardStreams();
 
+/// From now on writing beyond a file-size limit fails as on a full disk.
+void LetLimitsFailWrites();
+
 /// From now on a signal that asks the program to stop (Ctrl-C, termination, hang-up) only sets a
-/// flag, so that work files can be cleared away; the second one ends the program. Writing beyond a
-/// file-size limit fails as on a full disk.
+/// flag, so that work files can be cleared away; the second one ends the program.
 void WatchStopSignals();
 /// True once such a signal has come.
 bool IsStopRequested();
