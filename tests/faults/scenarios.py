@@ -59,8 +59,10 @@ def run(tool, arguments, folder, environment=None, timeout=60, **more):
                   "LC_ALL": "C.UTF-8", **{name: value for name, value in os.environ.items()
                                           if name.endswith("SAN_OPTIONS") or name == "LD_LIBRARY_PATH"}, **(environment or {})}
     (folder / "tmp").mkdir(exist_ok=True)
-    return subprocess.run([tool, *arguments], cwd=folder, env=everything, capture_output=True,
-                          timeout=timeout, check=False, **more)
+    result = subprocess.run([tool, *arguments], cwd=folder, env=everything, capture_output=True,
+                            timeout=timeout, check=False, **more)
+    result.stdout = result.stdout.replace(str(folder).encode(), b"FOLDER")
+    return result
 
 
 def query_all(path):

@@ -10,6 +10,7 @@
 
 #include <fmt/format.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <memory>
 #include <system_error>
@@ -176,8 +177,11 @@ private:
         } else if (!m_options.list) {
             PrintSupportArchive(report, m_out);
         }
+        errno = 0;
         if (!m_out.flush()) {
-            Fail("the list cannot be written to standard output");
+            const int code = errno;
+            Fail("the list cannot be written to standard output" +
+                 (code == 0 ? "" : ": " + std::generic_category().message(code)));
         }
     }
 

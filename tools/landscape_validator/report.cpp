@@ -79,13 +79,17 @@ bool CReport::HasJsonFiles() const {
     });
 }
 
-bool CReport::IsPageComplete() const {
+bool CReport::IsPageComplete() {
+    errno = 0;
     std::ifstream file(PagePath(m_folder), std::ios::binary);
     std::string line;
     while (std::getline(file, line)) {
         if (line.find("JSON.parse(\"replacementholder.") != std::string::npos) {
             return false;
         }
+    }
+    if (!file.eof() && errno != 0 && CRulesProcessor::GetReportFailure().empty()) {
+        Check(false, "the report page cannot be read: " + std::generic_category().message(errno));
     }
     return file.eof();
 }

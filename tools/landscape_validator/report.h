@@ -45,7 +45,7 @@ public:
 
 private:
     bool HasJsonFiles() const;
-    bool IsPageComplete() const;
+    bool IsPageComplete();
     bool WriteRulesPage();
     bool Check(bool done, const std::string& what);
     StatusCounts CountStatuses(const std::string& exportName) const;

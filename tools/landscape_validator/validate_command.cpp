@@ -224,7 +224,9 @@ private:
         for (const char* setting : kDatabaseSettings) {
             m_processor->DB_ExecuteQuery(setting);
         }
+        m_processor->DB_ExecuteQuery(kWaitForReaders);
         m_processor->DB_ExecuteQuery(kMarkUnfinished);
+        m_processor->DB_ExecuteQuery("PRAGMA busy_timeout = 0");
         m_loader = std::make_unique<CLandscapeLoader>(*m_processor, m_files);
         const bool loaded = m_loader->Load([this](const SLandscapeFile& file, std::size_t known) {
             ShowProgress("Reading " + std::to_string(file.index + 1) + " of " +

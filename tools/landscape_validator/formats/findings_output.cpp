@@ -14,6 +14,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
@@ -270,12 +271,15 @@ void CFindingsOutput::WriteFormat(const SFormatOutput& output, const SRunOutcome
             CountSarifResults(*report), kManySarifResults);
     }
     if (!toFile) {
+        errno = 0;
         write(m_out);
         if (!m_out.flush()) {
-            Fail(output.format == Format::Text
-                     ? std::string("the summary cannot be written to standard output")
-                     : fmt::format("the {} document cannot be written to standard output",
-                                   NameOf(output.format)));
+            const int code = errno;
+            const std::string what = output.format == Format::Text
+                                         ? "summary"
+                                         : NameOf(output.format) + std::string(" document");
+            Fail(fmt::format("the {} cannot be written to standard output{}", what,
+                             code == 0 ? "" : ": " + std::generic_category().message(code)));
         }
         return;
     }
