@@ -13,6 +13,7 @@ import zipfile
 
 DATES = re.compile(r"\d\d-\d\d-\d{4} \d\d-\d\d-\d\d")
 STAMPS = re.compile(rb"\d{4}-\d\d-\d\d(T[\d:]+Z?)?|\b\d\d:\d\d:\d\d\b")
+PLACES = re.compile(rb"/[^\s\"'<>]*/UILandscape\.db")
 # What a run may leave when it is killed, and when removing it was made to fail.
 LEFTOVER = re.compile(r"^\.landscape-validator\.(lock|work)|-journal$|\.part(\.[^.]*)?$")
 RULES = """<ValidationRules><Rule id="1001" name="Own" type="Info" lang="SQL" msg="m" params=""
@@ -89,7 +90,8 @@ def content(path):
         with zipfile.ZipFile(path) as archive:
             return repr([(entry.filename, entry.file_size) for entry in archive.infolist()])
     data = path.read_bytes()
-    return hashlib.sha256(data if name.endswith(".bak") else STAMPS.sub(b"", data)).hexdigest()
+    return hashlib.sha256(data if name.endswith(".bak") else PLACES.sub(
+        b"", STAMPS.sub(b"", data))).hexdigest()
 
 
 def files_of(folder):
@@ -101,6 +103,8 @@ def snapshot(folder):
     """Name without date -> set of contents."""
     result = {}
     for name, path in files_of(folder).items():
+        if name.endswith("-journal"):
+            continue  # gone as soon as the database is read
         result.setdefault(DATES.sub("DATE", name), set()).add(content(path))
     return result
 
@@ -123,7 +127,8 @@ def check_folder(folder, earlier, after, database, rolled_back=True):
     the snapshots before it and after a run without fault, `database` the bytes of the earlier one."""
     problems = []
     kept = database is None
-    for name, path in files_of(folder).items():
+    files = files_of(folder)
+    for name, path in files.items():
         plain = DATES.sub("DATE", name)
         if LEFTOVER.search(name.rpartition("/")[2]) or ".landscape-validator.work/" in name:
             continue
@@ -141,8 +146,9 @@ def check_folder(folder, earlier, after, database, rolled_back=True):
         elif content(path) not in known and not (
                 name.startswith("out.") and is_document(path)):
             problems.append(name + ": neither the earlier file nor a whole new one")
+    names = {DATES.sub("DATE", name) for name in files}
     for name in earlier:
-        if name not in snapshot(folder) and name in after and name != "out/UILandscape.db":
+        if name not in names and name in after and name != "out/UILandscape.db":
             problems.append(name + ": lost")
     if not kept:
         problems.append("the earlier database is lost")
