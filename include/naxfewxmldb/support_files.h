@@ -62,6 +62,8 @@ struct SSupportReport {
     std::string archive; ///< path of the archive
     std::string failure; ///< why there is none; empty when it was made
     std::vector<SSupportFile> files;
+    /// Something that is there could not be put in, because the system has no room or no means.
+    bool incomplete = false;
     std::vector<std::string> warnings; ///< registry queries without an answer and the like
     std::vector<std::string> removed;  ///< names of archives that were removed for their age
 };

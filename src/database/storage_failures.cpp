@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "database/storage_failures.h"
 
+#include <cerrno>
 #include <map>
 #include <mutex>
 #include <system_error>
@@ -52,7 +53,8 @@ std::string CStorageFailures::Describe(sqlite3* connection) {
     sqlite3_mutex_enter(mutex);
     std::string text = sqlite3_errmsg(connection);
     const int number = sqlite3_system_errno(connection);
-    if (HasSystemReason(sqlite3_errcode(connection)) && number != 0) {
+    // A file that could not be made is tried once more as one to be read, and then is not there.
+    if (HasSystemReason(sqlite3_errcode(connection)) && number != 0 && number != ENOENT) {
         text += " (" + std::generic_category().message(number) + ")";
     }
     sqlite3_mutex_leave(mutex);

@@ -8,6 +8,7 @@
 #include "support/trace.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <ctime>
 
@@ -21,6 +22,23 @@ constexpr char kKey[] = "nax";
 constexpr char kCancelled[] = "The collection was cancelled";
 constexpr std::time_t kOldestArchive = std::time_t{30} * 24 * 60 * 60;
 constexpr DWORD kWaitStep = 100;
+
+/// True for what is no property of the file or program in question.
+bool IsOfSystem(DWORD code) {
+    switch (static_cast<int>(code)) {
+        case EDQUOT:
+        case EFBIG:
+        case EIO:
+        case EMFILE:
+        case ENFILE:
+        case ENOMEM:
+        case ENOSPC:
+        case EROFS:
+            return true;
+        default:
+            return false;
+    }
+}
 
 /// The command interpreter takes a path with blanks in quotes only.
 std::string Quoted(const std::string& path) {
@@ -111,6 +129,7 @@ void CSupportCollector::MakeFolders() {
         if (CreatePrivateFolder(path)) {
             m_folders.emplace_back(name);
         } else {
+            m_report.incomplete = true;
             m_report.warnings.push_back("cannot make the folder '" + path +
                                         "': " + SystemMessage(::GetLastError()));
         }
@@ -143,6 +162,10 @@ void CSupportCollector::CopyFile(const SPlannedFile& planned) {
         }
     }
     if (!check.problem.empty()) {
+        // What can be read all the same has only not been copied.
+        m_report.incomplete =
+            m_report.incomplete || planned.text.has_value() ||
+            (check.found && CheckRegularFile(planned.source, planned.links).problem.empty());
         NAX_TRACE_ERROR(kClass, "Not collected: '%s': %s\n", planned.source.c_str(),
                         check.problem.c_str());
     }
@@ -182,7 +205,9 @@ void CSupportCollector::RunQueries() {
 void CSupportCollector::RunQuery(const std::string& query, const std::string& output) {
     const std::unique_ptr<IShellProcess> process = StartShellCommand("cmd", query + Quoted(output));
     if (process == nullptr) {
-        WarnOfQuery(query, SystemMessage(::GetLastError()));
+        const DWORD code = ::GetLastError();
+        m_report.incomplete = m_report.incomplete || IsOfSystem(code);
+        WarnOfQuery(query, SystemMessage(code));
         return;
     }
     // In steps, so that a cancelled collection does not wait to the end.

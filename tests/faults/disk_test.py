@@ -92,15 +92,14 @@ def limits(disk):
                    preexec_fn=lambda size=size: resource.setrlimit(
                        resource.RLIMIT_FSIZE, (size * 1024, resource.RLIM_INFINITY)))
         disk.next_works("after files of up to %d kB" % size)
-    for count in range(6, 24):
+    for count in range(7, 24):
         disk.refill()
         disk.check("%d open files" % count, [errno.EMFILE],
                    preexec_fn=lambda count=count: resource.setrlimit(
                        resource.RLIMIT_NOFILE, (count, count)))
         disk.next_works("after %d open files" % count)
     disk.refill()
-    disk.check("/dev/full", [errno.ENOSPC], ["-o", "disk/out", "--output-file", "json=/dev/full",
-                                            "clean_landscape.xml"], True)
+    disk.check("/dev/full", [errno.ENOSPC], ["--output-file", "json=/dev/full", *ARGUMENTS], True)
 
 
 def ordinary_user(disk):

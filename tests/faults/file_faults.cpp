@@ -85,8 +85,9 @@ Kind KindOf(Use use) noexcept {
 }
 
 int OpenAs(const char* name, int folder, const char* path, int flags, mode_t mode) noexcept {
-    const Use use = UseOf(flags);
-    if (PathFails(path, KindOf(use))) {
+    const bool isFolder = (flags & O_DIRECTORY) != 0;
+    const Use use = isFolder ? None : UseOf(flags);
+    if (PathFails(path, isFolder ? Kind::Folder : KindOf(use))) {
         return -1;
     }
     const int file = Next<int(int, const char*, int, ...)>(name)(folder, path, flags, mode);

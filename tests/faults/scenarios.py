@@ -110,15 +110,20 @@ def snapshot(folder):
 
 
 def is_document(path):
-    """Whether a document of a format is whole, whatever it tells."""
+    """Whether a document of a format or an archive is whole, also one that tells of a failure."""
     try:
+        if path.suffix == ".zip":
+            with zipfile.ZipFile(path) as archive:
+                return bool(archive.namelist())
+        if not path.name.startswith("out."):
+            return False
         text = path.read_text()
         if path.suffix == ".xml":
             xml.dom.minidom.parseString(text)
         elif path.suffix in (".json", ".sarif"):
             json.loads(text)
         return True
-    except (ValueError, xml.parsers.expat.ExpatError):
+    except (ValueError, zipfile.BadZipFile, xml.parsers.expat.ExpatError):
         return False
 
 
@@ -133,7 +138,7 @@ def check_folder(folder, earlier, after, database, rolled_back=True):
         if LEFTOVER.search(name.rpartition("/")[2]) or ".landscape-validator.work/" in name:
             continue
         known = earlier.get(plain, set()) | after.get(plain, set())
-        if plain == "out/UILandscape.db":
+        if plain.endswith("out/UILandscape.db"):
             kept = kept or path.read_bytes() == database
             if rolled_back and content(path) == "BROKEN":
                 problems.append(name + ": integrity check")
@@ -143,12 +148,11 @@ def check_folder(folder, earlier, after, database, rolled_back=True):
                 problems.append(name + ": integrity check")
         elif not known:
             problems.append(name + ": left over")
-        elif content(path) not in known and not (
-                name.startswith("out.") and is_document(path)):
+        elif content(path) not in known and not is_document(path):
             problems.append(name + ": neither the earlier file nor a whole new one")
     names = {DATES.sub("DATE", name) for name in files}
     for name in earlier:
-        if name not in names and name in after and name != "out/UILandscape.db":
+        if name not in names and name in after and not name.endswith("UILandscape.db"):
             problems.append(name + ": lost")
     if not kept:
         problems.append("the earlier database is lost")

@@ -23,6 +23,8 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr char kName[] = "landscape-validator: ";
+constexpr char kIncomplete[] =
+    "the archive is not complete: the system could not copy all that is there";
 
 /// With links resolved: behind one, ".." is not the folder that the text tells.
 std::string Absolute(const std::string& path) {
@@ -170,6 +172,9 @@ private:
                 Fail(WhyLeftOut(file));
             }
         }
+        if (made && report.incomplete) {
+            Fail(kIncomplete);
+        }
         TellWhereRelativeNamesAreLookedFor(report);
         if (!made) {
             Fail((m_options.list ? "" : "no archive was made: ") + report.failure);
@@ -242,6 +247,9 @@ void CollectAfterRun(const std::string& outputFolder, const CWorkFolder& work,
         return;
     }
     PrintSupportArchive(report, out);
+    if (report.incomplete) {
+        failures.emplace_back(kIncomplete);
+    }
     for (const SSupportFile& file : report.files) {
         if (IsDatabaseLeftOut(file)) {
             failures.push_back(WhyLeftOut(file));
