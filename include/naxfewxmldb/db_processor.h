@@ -117,6 +117,11 @@ public:
     /// Whole content of a file; empty when it cannot be read.
     static _bstr_t GetFile(const _bstr_t& fileName);
     std::string GetLastDBError() const;
+    /// The first failure of the disk, the memory or the locks behind the database since it was
+    /// opened, whichever statement met it; empty without one. After it rows may be missing, also
+    /// from results of operations that reported success, because most failures of single
+    /// statements are only traced.
+    std::string GetStorageFailure() const;
     std::shared_ptr<CXsdToDDLMapper> GetMapper() const;
     DBMode GetMode() const;
     bool GetUseResources() const;
@@ -174,6 +179,8 @@ private:
     bool RecreateTable(const char* dropSql, const char* createSql, const char* deleteSql);
     bool CreateResultIds();
     bool Error(const char* errorBlock, const std::string& message);
+    /// The same with the database's message of an earlier moment.
+    bool Error(const char* errorBlock, const std::string& message, const char* cause);
 
     TextProcessor m_textProcessor;
     bool m_useResources;

@@ -116,6 +116,9 @@ public:
     /// first export; every later export of any rules processor goes on with them. Call this before
     /// an export that shall have a report of its own, while no export is running.
     static void StartNewReport();
+    /// The first file since then that could not be written, by any export or GenerateReport, and
+    /// why; empty when all could be.
+    static std::string GetReportFailure();
 
 private:
     bool ReadRules();

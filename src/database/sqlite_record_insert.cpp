@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "database/sqlite_record_insert.h"
 
+#include "database/storage_failures.h"
+
 #include <cstddef>
 
 #include "database/sqlite_memory.h"
@@ -40,6 +42,9 @@ std::unique_ptr<IRecordInsert> CSQLiteRecordInsert::Prepare(sqlite3* connection,
 
 bool CSQLiteRecordInsert::Run(std::span<const SRecordValue> values) {
     const bool done = Bind(values) && Noted(sqlite3_step(m_statement.get())) == SQLITE_DONE;
+    if (!done) {
+        CStorageFailures::Note(sqlite3_db_handle(m_statement.get()));
+    }
     sqlite3_reset(m_statement.get());
     return done;
 }

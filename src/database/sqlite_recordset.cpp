@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "database/sqlite_recordset.h"
 
+#include "database/storage_failures.h"
+
 #include <cstdlib>
 #include <cstring>
 
@@ -104,7 +106,13 @@ int CSQLiteRecordset::GetColumnIndex(const char* name) {
 
 bool CSQLiteRecordset::MoveNext() {
     const int result = Noted(sqlite3_step(m_statement));
-    return result == SQLITE_ROW || result == SQLITE_OK;
+    if (result == SQLITE_ROW || result == SQLITE_OK) {
+        return true;
+    }
+    if (result != SQLITE_DONE && m_statement != nullptr) {
+        CStorageFailures::Note(sqlite3_db_handle(m_statement));
+    }
+    return false;
 }
 
 void CSQLiteRecordset::Close() {

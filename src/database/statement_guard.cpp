@@ -3,6 +3,7 @@
 
 #include "database/regexp_cost.h"
 #include "database/sqlite_database.h"
+#include "database/storage_failures.h"
 #include "support/format.h"
 
 #include <algorithm>
@@ -381,7 +382,11 @@ bool CStatementGuard::HasInsert() const {
 }
 
 bool CStatementGuard::Execute(const char* sql) {
-    return sqlite3_exec(m_state->connection, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
+    if (sqlite3_exec(m_state->connection, sql, nullptr, nullptr, nullptr) == SQLITE_OK) {
+        return true;
+    }
+    CStorageFailures::Note(m_state->connection);
+    return false;
 }
 
 bool CStatementGuard::FailWith(const std::string& message) {
@@ -391,6 +396,7 @@ bool CStatementGuard::FailWith(const std::string& message) {
 
 std::string CStatementGuard::Describe(int code) const {
     const SState& state = *m_state;
+    CStorageFailures::Note(state.connection);
     if (!state.denied.empty()) {
         return "not allowed: " + state.denied +
                (state.access == GuardAccess::InsertResults

@@ -204,14 +204,16 @@ bool CDBProcessor::DB_ExecuteQuery(const char* sql, std::shared_ptr<IRecordset>&
 
 bool CDBProcessor::Error(const char* errorBlock, const std::string& message) {
     const std::lock_guard lock(*m_errorMutex);
+    const CStringA cause = m_database == nullptr ? CStringA() : m_database->GetLastError();
+    return Error(errorBlock, message, cause.GetString());
+}
+
+bool CDBProcessor::Error(const char* errorBlock, const std::string& message, const char* cause) {
+    const std::lock_guard lock(*m_errorMutex);
     std::string text = errorBlock;
     text.append("Database: ").append(m_dbName).append("\n");
     text.append(message).append("\n");
-    text.append("SQLite error: ");
-    if (m_database != nullptr) {
-        text.append(m_database->GetLastError().GetString());
-    }
-    text.append("\n===========\n");
+    text.append("SQLite error: ").append(cause).append("\n===========\n");
     m_lastDBError = std::move(text);
     NAX_TRACE_ERROR(kClass, "%s\n", m_lastDBError.c_str());
     return false;

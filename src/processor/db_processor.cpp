@@ -92,6 +92,11 @@ std::string CDBProcessor::GetLastDBError() const {
     return m_lastDBError;
 }
 
+std::string CDBProcessor::GetStorageFailure() const {
+    auto* database = dynamic_cast<IBoundInsertRunner*>(m_database.get());
+    return database == nullptr ? std::string() : database->GetStorageFailure();
+}
+
 std::shared_ptr<CXsdToDDLMapper> CDBProcessor::GetMapper() const {
     return m_mapper;
 }

@@ -87,8 +87,7 @@ bool CDBProcessor::DB_Commit() {
     m_mode = Normal;
     if (!committed) {
         // The failures of the post-update follow from this one, which is what a reader needs.
-        Error(kExecuteError,
-              std::string("Failed execute query : commit;\nCause: ") + cause.GetString());
+        Error(kExecuteError, "Failed execute query : commit;", cause.GetString());
     }
     return committed;
 }

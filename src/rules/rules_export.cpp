@@ -12,6 +12,7 @@
 #include "rules/rule_elements.h"
 #include "rules/thread_limiter.h"
 #include "support/bstr_text.h"
+#include "support/file_utils.h"
 #include "support/trace.h"
 #include "support/within_memory.h"
 #include "xml/com_check.h"
@@ -42,6 +43,11 @@ private:
 
 void CRulesProcessor::StartNewReport() {
     CReportFiles::Shared().StartNew();
+    Utils::CFUtils::ForgetFailure();
+}
+
+std::string CRulesProcessor::GetReportFailure() {
+    return Utils::CFUtils::GetFailure();
 }
 
 std::vector<std::shared_ptr<IRule>> CRulesProcessor::GetRulesExport() const {

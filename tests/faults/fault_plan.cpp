@@ -15,9 +15,9 @@ namespace FaultPlan {
 
 namespace {
 
-constexpr std::array kNames = {"open",      "write",   "sync",    "rename",   "remove",
-                               "folder",    "db-open", "db-read", "db-write", "db-sync",
-                               "db-delete", "db-lock", "memory",  "process",  "thread"};
+constexpr std::array kNames = {"open",      "read",    "write",   "close",   "sync",     "rename",
+                               "remove",    "folder",  "db-open", "db-read", "db-write", "db-sync",
+                               "db-delete", "db-lock", "memory",  "process", "thread"};
 
 struct SPlan {
     int kind = -1;

@@ -5,8 +5,10 @@ namespace FaultPlan {
 
 /// Operations that can be told to fail.
 enum class Kind {
-    Open,
+    Open, ///< to write
+    Read, ///< also the opening
     Write,
+    Close, ///< of what was written
     Sync,
     Rename,
     Remove,

@@ -201,7 +201,7 @@ class Scenario:
         elif options.every:
             chosen = range(1, total + 1, options.every)
         else:
-            chosen = [*range(1, 40, 4), *generator.sample(self.sites, min(options.sample,
+            chosen = [1, 2, 3, 5, 9, *generator.sample(self.sites, min(options.sample,
                                                                          len(self.sites)))]
         for at, number in enumerate(chosen):
             yield f"memory:{number}"
@@ -210,7 +210,8 @@ class Scenario:
         for kind in ("process", "thread"):
             for number in range(1, self.counts.get(kind, 0) + 1):
                 yield f"{kind}:{number}"
-                yield f"{kind}:{number}+"
+            if kind in self.counts:
+                yield f"{kind}:1+"
 
 
 def main():
@@ -219,7 +220,7 @@ def main():
         parser.add_argument(name, type=pathlib.Path)
     parser.add_argument("--sites", action="store_true")
     parser.add_argument("--every", type=int)
-    parser.add_argument("--sample", type=int, default=20)
+    parser.add_argument("--sample", type=int, default=5)
     parser.add_argument("--seed", type=int, default=random.SystemRandom().randrange(1_000_000))
     parser.add_argument("--only", choices=SCENARIOS, action="append")
     parser.add_argument("--jobs", type=int, default=2)

@@ -52,6 +52,7 @@ int main(int argc, char** argv) {
     std::set_new_handler(&NoteAndThrow);
     std::set_terminate(&EndAtOnce);
     Nax::FrontEnd::XMLDB::FillClosedStandardStreams();
+    Nax::FrontEnd::XMLDB::LetLimitsFailWrites();
     ExitCode exitCode = ExitCode::Failure;
     try {
         // Before any output: the library writes files through streams of its own.

@@ -89,6 +89,10 @@ void WriteErrorAndEnd(std::string_view text, int exitCode) noexcept {
     _exit(exitCode);
 }
 
+void LetLimitsFailWrites() {
+    std::signal(SIGXFSZ, SIG_IGN);
+}
+
 void WatchStopSignals() {
     struct sigaction action = {};
     action.sa_handler = &RequestStop;
@@ -100,7 +104,6 @@ void WatchStopSignals() {
             sigaction(signal, &action, nullptr);
         }
     }
-    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 bool IsStopRequested() {
