@@ -61,7 +61,7 @@ protected:
         ASSERT_TRUE(operation()) << name;
         for (const bool onwards : {false, true}) {
             long failed = 0;
-            for (long number = 0;; number += 1 + number / 12) {
+            for (long number = 0;; number += 1 + number / 6) {
                 const std::uint64_t before = GetFailedAllocations();
                 bool done = false;
                 g_failed = 0;

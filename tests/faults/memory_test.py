@@ -194,6 +194,19 @@ class Scenario:
                       if not name.endswith(("UILandscape.db", ".json")))
         return f"lost: {lost}" if lost else ""
 
+    def check_limits(self, steps):
+        """Runs in ever more address space, from the least in which the program starts at all."""
+        def limited(size):
+            return lambda: resource.setrlimit(resource.RLIMIT_AS, (size, size))
+        place = self.bench.prepare(self.name)
+        least = 16 << 20
+        while self.bench.run(place, ["--version"], {"NAX_FAULT": "memory:0"},
+                             limited(least)).returncode != 0:
+            least += 1 << 20
+        for step in range(steps):
+            self.check(f"address-space:{step}", {}, limited(least + (step * 3 << 20) // 2))
+        return steps
+
     def plans(self, options, generator):
         total = self.counts["memory"]
         if options.sites:
@@ -235,7 +248,9 @@ def main():
             with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
                 runs = list(pool.map(lambda plan, s=scenario: s.check(plan, {"NAX_FAULT": plan}),
                                      scenario.plans(options, generator)))
-            print(f"{name}: {scenario.counts}, {len(scenario.sites)} call stacks, {len(runs)} runs: "
+            if name == "validate":
+                runs += [True] * scenario.check_limits(40 if options.sites or options.every else 4)
+            print(f"{name}: {scenario.counts['memory']} allocations, {len(scenario.sites)} call stacks, {len(runs)} runs: "
                   f"{scenario.tally}, {len(scenario.faults)} wrong", flush=True)
             for plan, problem, told in scenario.faults:
                 print(f"  NAX_FAULT={plan}: {problem}; it said: {told!r}")
