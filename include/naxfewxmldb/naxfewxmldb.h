@@ -11,6 +11,7 @@
 #include <naxfewxmldb/db_processor.h>
 #include <naxfewxmldb/known_folders.h>
 #include <naxfewxmldb/link_table_properties.h>
+#include <naxfewxmldb/memory.h>
 #include <naxfewxmldb/record_loader.h>
 #include <naxfewxmldb/regexp.h>
 #include <naxfewxmldb/result_codes.h>

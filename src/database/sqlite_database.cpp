@@ -7,7 +7,7 @@
 
 #include <naxfewxmldb/regexp.h>
 
-#include <sqlite3.h>
+#include "database/sqlite_memory.h"
 
 namespace Nax::FrontEnd::XMLDB {
 
@@ -53,7 +53,7 @@ bool CSQLiteDatabase::Fail(const CStringA& message) {
 bool CSQLiteDatabase::Open(const char* path, const char* /*user*/, const char* /*password*/) {
     CStringA message;
     sqlite3* connection = nullptr;
-    if (sqlite3_open(path, &connection) != SQLITE_OK) {
+    if (Noted(sqlite3_open(path, &connection)) != SQLITE_OK) {
         m_openFailure =
             connection == nullptr ? "out of memory" : CStorageFailures::Describe(connection);
         sqlite3_close(connection);
@@ -66,7 +66,7 @@ bool CSQLiteDatabase::Open(const char* path, const char* /*user*/, const char* /
     // Link rows carry their values in double quotes, which a build may not take as texts.
     sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DML, 1, nullptr);
     m_fileName = path;
-    const int registered = sqlite3_regexp_init(connection);
+    const int registered = Noted(sqlite3_regexp_init(connection));
     if (registered != SQLITE_OK) {
         m_connection = nullptr;
         message.Format("Failed to initialize regexp. Error: '%d'", registered);
@@ -102,7 +102,7 @@ bool CSQLiteDatabase::Execute(const CStringA& sql) {
         return false;
     }
     char* message = nullptr;
-    if (sqlite3_exec(m_connection, sql, nullptr, nullptr, &message) == SQLITE_OK) {
+    if (Noted(sqlite3_exec(m_connection, sql, nullptr, nullptr, &message)) == SQLITE_OK) {
         return true;
     }
     CStorageFailures::Note(m_connection);
@@ -120,7 +120,7 @@ bool CSQLiteDatabase::ExecuteQuery(const char* sql, std::shared_ptr<IRecordset>&
     CStringA message;
     {
         const CConnectionGuard guard(m_connection);
-        if (sqlite3_prepare_v2(m_connection, sql, -1, &created->m_statement, nullptr) ==
+        if (Noted(sqlite3_prepare_v2(m_connection, sql, -1, &created->m_statement, nullptr)) ==
             SQLITE_OK) {
             return true;
         }
@@ -199,6 +199,7 @@ bool CSQLiteDatabase::InsertBlob(const char* sql, const void* data, int size) {
         statement = nullptr;
     }
     if (!inserted) {
+        Noted(sqlite3_errcode(m_connection));
         GetLastError();
     }
     sqlite3_finalize(statement);

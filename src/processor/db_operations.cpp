@@ -9,8 +9,10 @@
 #include "support/format.h"
 #include "support/text_conversion.h"
 #include "support/trace.h"
+#include "support/within_memory.h"
 
 #include <exception>
+#include <new>
 
 namespace Nax::FrontEnd::XMLDB {
 
@@ -59,7 +61,10 @@ bool CDBProcessor::Process(DBOperations operation, const std::basic_stringstream
         NAX_TRACE(kClass, "Operation: %s, sdata: '%s'\n", DBOperationName(operation), text.c_str());
         result = Dispatch(operation, text);
     } catch (const std::exception& exception) {
-        result = Error(kProcessError, exception.what());
+        result = WithinMemory([&] { return Error(kProcessError, exception.what()); });
+        if (dynamic_cast<const std::bad_alloc*>(&exception) != nullptr) {
+            NoteFailedAllocation();
+        }
     }
     NAX_TRACE(kClass, "CDBProcessor::Process, operation: %s, result: %d\n",
               DBOperationName(operation), static_cast<int>(result));
@@ -67,6 +72,10 @@ bool CDBProcessor::Process(DBOperations operation, const std::basic_stringstream
 }
 
 bool CDBProcessor::Process(DBOperations operation, const SLinkTableProperties& properties) {
+    return WithinMemory([&] { return ProcessLink(operation, properties); });
+}
+
+bool CDBProcessor::ProcessLink(DBOperations operation, const SLinkTableProperties& properties) {
     if (m_dataMapped) {
         return Error(kProcessError, "Data mapping already done");
     }
@@ -150,19 +159,21 @@ bool CDBProcessor::CreateResultIds() {
 }
 
 bool CDBProcessor::DB_ExecuteQuery(const char* sql) {
-    {
-        // The connection's message belongs to its latest statement: nobody may come between.
-        const std::lock_guard lock(*m_errorMutex);
-        if (m_database == nullptr || !m_database->Execute(sql)) {
-            const bool failed =
-                Error(kExecuteError, std::string("Failed execute query : ").append(sql));
-            NAX_TRACE_ERROR(kClass, "DB_ExecuteQuery: '%s', result: %d\n", sql,
-                            static_cast<int>(failed));
-            return false;
+    return WithinMemory([&] {
+        {
+            // The connection's message belongs to its latest statement: nobody may come between.
+            const std::lock_guard lock(*m_errorMutex);
+            if (m_database == nullptr || !m_database->Execute(sql)) {
+                const bool failed =
+                    Error(kExecuteError, std::string("Failed execute query : ").append(sql));
+                NAX_TRACE_ERROR(kClass, "DB_ExecuteQuery: '%s', result: %d\n", sql,
+                                static_cast<int>(failed));
+                return false;
+            }
         }
-    }
-    NAX_TRACE(kClass, "DB_ExecuteQuery: '%s', result: %d\n", sql, 1);
-    return true;
+        NAX_TRACE(kClass, "DB_ExecuteQuery: '%s', result: %d\n", sql, 1);
+        return true;
+    });
 }
 
 bool CDBProcessor::DB_ExecuteQuery(const std::string& sql, IBoundInsertRunner* boundInserts) {
@@ -174,19 +185,21 @@ bool CDBProcessor::DB_ExecuteQuery(const std::string& sql, IBoundInsertRunner* b
 }
 
 bool CDBProcessor::DB_ExecuteQuery(const char* sql, std::shared_ptr<IRecordset>& recordset) {
-    {
-        const std::lock_guard lock(*m_errorMutex);
-        if (m_database == nullptr || !m_database->ExecuteQuery(sql, recordset)) {
-            const bool failed =
-                Error(kQueryError, std::string("Failed execute query : ").append(sql));
-            NAX_TRACE_ERROR(kClass, "DB_ExecuteQuery: %s, result: %d, pRecordset: %d\n", sql,
-                            static_cast<int>(failed), static_cast<int>(recordset != nullptr));
-            return false;
+    return WithinMemory([&] {
+        {
+            const std::lock_guard lock(*m_errorMutex);
+            if (m_database == nullptr || !m_database->ExecuteQuery(sql, recordset)) {
+                const bool failed =
+                    Error(kQueryError, std::string("Failed execute query : ").append(sql));
+                NAX_TRACE_ERROR(kClass, "DB_ExecuteQuery: %s, result: %d, pRecordset: %d\n", sql,
+                                static_cast<int>(failed), static_cast<int>(recordset != nullptr));
+                return false;
+            }
         }
-    }
-    NAX_TRACE(kClass, "DB_ExecuteQuery: %s, result: %d, pRecordset: %d\n", sql, 1,
-              static_cast<int>(recordset != nullptr));
-    return true;
+        NAX_TRACE(kClass, "DB_ExecuteQuery: %s, result: %d, pRecordset: %d\n", sql, 1,
+                  static_cast<int>(recordset != nullptr));
+        return true;
+    });
 }
 
 bool CDBProcessor::Error(const char* errorBlock, const std::string& message) {

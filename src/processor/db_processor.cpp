@@ -13,6 +13,7 @@
 #include "support/bstr_text.h"
 #include "support/file_utils.h"
 #include "support/trace.h"
+#include "support/within_memory.h"
 
 namespace Nax::FrontEnd::XMLDB {
 
@@ -43,7 +44,10 @@ CDBProcessor::CDBProcessor(bool useResources, DBMode mode, const _bstr_t& xsdFil
 }
 
 CDBProcessor::~CDBProcessor() {
-    UnInitialize();
+    WithinMemory([this] {
+        UnInitialize();
+        return true;
+    });
 }
 
 bool CDBProcessor::Initialize(bool backup) {

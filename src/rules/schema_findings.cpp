@@ -8,6 +8,7 @@
 #include "support/bstr_text.h"
 #include "support/format.h"
 #include "support/trace.h"
+#include "support/within_memory.h"
 
 namespace Nax::FrontEnd::XMLDB {
 
@@ -29,13 +30,15 @@ constexpr const char* kColumnUpdates[] = {
 } // namespace
 
 bool CRulesProcessor::PreProcess(const SchemaFindings& findings) {
-    if (m_processor == nullptr) {
-        return false;
-    }
-    const bool result = ProcessXSDValidationMsgs(findings);
-    NAX_TRACE(kClass, "\n\n### INSERT XML to XSD VALIDATION RESULTS: %d\n\n",
-              static_cast<int>(result));
-    return result;
+    return WithinMemory([&] {
+        if (m_processor == nullptr) {
+            return false;
+        }
+        const bool result = ProcessXSDValidationMsgs(findings);
+        NAX_TRACE(kClass, "\n\n### INSERT XML to XSD VALIDATION RESULTS: %d\n\n",
+                  static_cast<int>(result));
+        return result;
+    });
 }
 
 bool CRulesProcessor::ProcessXSDValidationMsgs(const SchemaFindings& findings) {

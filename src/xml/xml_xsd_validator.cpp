@@ -5,6 +5,7 @@
 #include "support/bstr_text.h"
 #include "support/format.h"
 #include "support/trace.h"
+#include "support/within_memory.h"
 #include "xml/com_check.h"
 #include "xml/error_block.h"
 #include "xml/reported_fault.h"
@@ -143,15 +144,17 @@ bool CXmlXsdValidator::Validate(bool useLocalCopy, const _bstr_t& fileName,
 }
 
 bool CXmlXsdValidator::Run(const SRequest& request, _bstr_t& message) {
-    try {
-        return Check(request, message);
-    } catch (const _com_error& error) {
-        const std::string text =
-            std::string("CXmlXsdValidator::Validate. ") + DescribeComError(error);
-        message = text.c_str();
-        return Error(ErrorBlock("CXmlXsdValidator::Validate", kFile, __LINE__).c_str(),
-                     text.c_str());
-    }
+    return WithinMemory([&] {
+        try {
+            return Check(request, message);
+        } catch (const _com_error& error) {
+            const std::string text =
+                std::string("CXmlXsdValidator::Validate. ") + DescribeComError(error);
+            message = text.c_str();
+            return Error(ErrorBlock("CXmlXsdValidator::Validate", kFile, __LINE__).c_str(),
+                         text.c_str());
+        }
+    });
 }
 
 bool CXmlXsdValidator::Check(const SRequest& request, _bstr_t& message) {

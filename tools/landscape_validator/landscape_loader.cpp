@@ -142,7 +142,8 @@ bool CLandscapeLoader::ReadFile(const SLandscapeFile& file, CElementCollector& c
         true, file.url.c_str(), file.path.c_str(), m_schema, message, collector, outcome.result);
     if (!valid && outcome.result.total == 0) {
         // No fault of the file: the check itself could not be made.
-        m_failure = static_cast<const char*>(message);
+        const char* const text = message;
+        m_failure = text == nullptr ? "out of memory" : text;
         return false;
     }
     outcome.code = valid ? ValidationAgainstXSDPassed : ValidationAgainstXSDFailed;

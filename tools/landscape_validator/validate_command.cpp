@@ -19,6 +19,8 @@
 #include "support_sources.h"
 #include "work_folder.h"
 
+#include <naxfewxmldb/memory.h>
+
 #include <fmt/format.h>
 
 #include <filesystem>
@@ -62,7 +64,7 @@ public:
         if (!m_output.Prepare() || !LoadRuleSet() || !ReadCommandLineFiles() || !PrepareFolder()) {
             return Stop();
         }
-        if (!FillDatabase() || !RunRules()) {
+        if (!FillDatabase() || !RunRules() || !HadMemory()) {
             return StopAfterFailure();
         }
         WriteReport();
@@ -72,8 +74,9 @@ public:
         findings.SetSchemaGate(m_ruleSet.GetSchemaGate());
         const SPageCounts pageCounts = m_report->ReadPageCounts();
         // Most operations go on after a statement that failed. When the database is not whole the
-        // findings may not be, and then neither report nor document may tell them.
-        if (!FinishDatabase()) {
+        // findings may not be, and then neither report nor document may tell them. The same goes
+        // for memory.
+        if (!HadMemory() || !FinishDatabase()) {
             return StopAfterFailure();
         }
         const bool published = PublishReport();
@@ -88,6 +91,12 @@ private:
     bool Fail(const std::string& message) {
         m_output.AddError(message);
         return false;
+    }
+
+    /// An allocation that failed may have cost a finding: what is at hand must not be told as
+    /// whole.
+    bool HadMemory() {
+        return GetFailedAllocations() == 0 || Fail("out of memory: the files cannot be checked");
     }
 
     /// Documents are written also of what could not be done.

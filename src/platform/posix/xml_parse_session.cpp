@@ -50,6 +50,10 @@ void CXmlParseSession::Run(xmlSAXHandler& handler) {
                       XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_NOENT | XML_PARSE_COMPACT |
                           (m_source.IgnoresDeclaration() ? XML_PARSE_IGNORE_ENC : 0));
     xmlParseDocument(m_parser.get());
+    if (m_thrown) {
+        std::rethrow_exception(m_thrown);
+    }
+    m_memory.ThrowIfFailed();
     if (!m_source.Failure().empty()) {
         m_fatal = SXmlFault{.code = XML_IO_UNKNOWN,
                             .reason = "The file cannot be read: " + m_source.Failure() + "."};
@@ -61,10 +65,11 @@ void CXmlParseSession::Run(xmlSAXHandler& handler) {
 int CXmlParseSession::ReadSource(void* context, char* buffer, int size) noexcept {
     auto* session = static_cast<CXmlParseSession*>(context);
     // After the fault nothing more is wanted; the end of the input ends the parser safely.
-    return session->m_fatal ? 0 : session->m_source.Read(buffer, size);
+    return session->m_fatal || session->m_memory.HasFailed() ? 0
+                                                             : session->m_source.Read(buffer, size);
 }
 
-void CXmlParseSession::SetFatal(int code, std::string reason) noexcept {
+void CXmlParseSession::SetFatal(int code, std::string reason) {
     if (!m_fatal) {
         const std::size_t offset =
             m_parser == nullptr || Input() == nullptr ? SXmlFault::NoOffset : Offset();
@@ -82,13 +87,19 @@ void CXmlParseSession::OnXmlError(const xmlError& error) noexcept {
             SetFatal(error.code, DescribeSyntaxFault(error));
         }
     } catch (const std::exception&) {
-        SetFatal(XML_ERR_NO_MEMORY, std::string());
+        KeepException();
     }
+}
+
+void CXmlParseSession::KeepException() noexcept {
+    m_thrown = std::current_exception();
+    // Ends the parse: nothing more is read or reported.
+    m_fatal.emplace();
 }
 
 void CXmlParseSession::OnSchemaError(const xmlError& /*error*/) {}
 
-bool CXmlParseSession::CountExpanded(std::size_t bytes) noexcept {
+bool CXmlParseSession::CountExpanded(std::size_t bytes) {
     constexpr std::size_t limit = 10'000'000;
     m_expandedBytes += bytes;
     if (m_expandedBytes > limit && m_expandedBytes > 5 * Offset()) {
@@ -98,8 +109,7 @@ bool CXmlParseSession::CountExpanded(std::size_t bytes) noexcept {
     return !m_fatal;
 }
 
-bool CXmlParseSession::CountDefaulted(int defaulted, int count,
-                                      const xmlChar** attributes) noexcept {
+bool CXmlParseSession::CountDefaulted(int defaulted, int count, const xmlChar** attributes) {
     std::size_t bytes = 0;
     for (std::ptrdiff_t at = count - defaulted; at < count; ++at) {
         bytes += static_cast<std::size_t>(attributes[at * 5 + 4] - attributes[at * 5 + 3]);
@@ -110,11 +120,13 @@ bool CXmlParseSession::CountDefaulted(int defaulted, int count,
 void CXmlParseSession::OnInternalSubset(void* context, const xmlChar* name, const xmlChar* publicId,
                                         const xmlChar* systemId) {
     auto* session = SessionOf<CXmlParseSession>(context);
-    if (session->m_prohibitDtd) {
-        session->SetFatal(XML_ERR_DOCTYPE_NOT_FINISHED,
-                          "The document has a document type declaration (DOCTYPE), which is not "
-                          "allowed.");
-    }
+    session->Contained([session] {
+        if (session->m_prohibitDtd) {
+            session->SetFatal(XML_ERR_DOCTYPE_NOT_FINISHED,
+                              "The document has a document type declaration (DOCTYPE), which is "
+                              "not allowed.");
+        }
+    });
     xmlSAX2InternalSubset(context, name, publicId, systemId);
 }
 
@@ -126,14 +138,21 @@ void CXmlParseSession::OnEntityDeclaration(void* context, const xmlChar* name, i
 }
 
 xmlEntityPtr CXmlParseSession::OnGetEntity(void* context, const xmlChar* name) {
-    return SessionOf<CXmlParseSession>(context)->Allowed(xmlSAX2GetEntity(context, name));
+    xmlEntityPtr entity = nullptr;
+    auto* session = SessionOf<CXmlParseSession>(context);
+    session->Contained([&] { entity = session->Allowed(xmlSAX2GetEntity(context, name)); });
+    return entity;
 }
 
 xmlEntityPtr CXmlParseSession::OnGetParameterEntity(void* context, const xmlChar* name) {
-    return SessionOf<CXmlParseSession>(context)->Allowed(xmlSAX2GetParameterEntity(context, name));
+    xmlEntityPtr entity = nullptr;
+    auto* session = SessionOf<CXmlParseSession>(context);
+    session->Contained(
+        [&] { entity = session->Allowed(xmlSAX2GetParameterEntity(context, name)); });
+    return entity;
 }
 
-xmlEntityPtr CXmlParseSession::Allowed(xmlEntityPtr entity) noexcept {
+xmlEntityPtr CXmlParseSession::Allowed(xmlEntityPtr entity) {
     if (entity == nullptr || (entity->etype != XML_EXTERNAL_GENERAL_PARSED_ENTITY &&
                               entity->etype != XML_EXTERNAL_PARAMETER_ENTITY)) {
         return entity;

@@ -4,8 +4,10 @@
 #include "xml_fault.h"
 #include "xml_handles.h"
 #include "xml_loader.h"
+#include "xml_memory.h"
 #include "xml_source.h"
 
+#include <exception>
 #include <optional>
 
 namespace Nax::FrontEnd::XMLDB {
@@ -48,11 +50,20 @@ protected:
     std::size_t OffsetOf(const xmlChar* place) const noexcept;
     std::size_t Offset() const noexcept { return OffsetOf(Input()->cur); }
 
-    void SetFatal(int code, std::string reason) noexcept;
+    /// Runs what an event does. No exception may cross the parser: it is thrown on by Run.
+    template <class Event>
+    void Contained(Event&& event) noexcept {
+        try {
+            event();
+        } catch (...) {
+            KeepException();
+        }
+    }
+    void SetFatal(int code, std::string reason);
     /// Counts bytes that the document gets from its DTD; false, and a fault, when they outgrow the
     /// document itself.
-    bool CountExpanded(std::size_t bytes) noexcept;
-    bool CountDefaulted(int defaulted, int count, const xmlChar** attributes) noexcept;
+    bool CountExpanded(std::size_t bytes);
+    bool CountDefaulted(int defaulted, int count, const xmlChar** attributes);
     virtual void OnSchemaError(const xmlError& error);
 
 private:
@@ -64,11 +75,14 @@ private:
                                     xmlChar* content);
     static xmlEntityPtr OnGetEntity(void* context, const xmlChar* name);
     static xmlEntityPtr OnGetParameterEntity(void* context, const xmlChar* name);
-    xmlEntityPtr Allowed(xmlEntityPtr entity) noexcept;
+    xmlEntityPtr Allowed(xmlEntityPtr entity);
+    void KeepException() noexcept;
 
     CXmlSource& m_source;
     bool m_prohibitDtd;
     std::optional<SXmlFault> m_fatal;
+    std::exception_ptr m_thrown;
+    CXmlMemoryWatch m_memory;
     std::size_t m_expandedBytes = 0;
     TParserHandle m_parser;
 };

@@ -30,8 +30,12 @@ private:
                                const xmlChar* uri, int namespaceCount, const xmlChar** namespaces,
                                int count, int defaulted, const xmlChar** attributes) {
         auto* session = SessionOf<CTreeSession>(context);
-        if (session->Fatal() ||
-            (defaulted > 0 && !session->CountDefaulted(defaulted, count, attributes))) {
+        session->Contained([&] {
+            if (defaulted > 0) {
+                session->CountDefaulted(defaulted, count, attributes);
+            }
+        });
+        if (session->Fatal()) {
             return;
         }
         xmlSAX2StartElementNs(context, name, prefix, uri, namespaceCount, namespaces, count,

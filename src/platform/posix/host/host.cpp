@@ -80,6 +80,16 @@ void FillClosedStandardStreams() {
     }
 }
 
+void WriteError(std::string_view text) noexcept {
+    const ssize_t written = write(STDERR_FILENO, text.data(), text.size());
+    static_cast<void>(written);
+}
+
+void WriteErrorAndEnd(std::string_view text, int exitCode) noexcept {
+    WriteError(text);
+    _exit(exitCode);
+}
+
 void LetLimitsFailWrites() {
     std::signal(SIGXFSZ, SIG_IGN);
 }

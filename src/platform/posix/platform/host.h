@@ -5,6 +5,7 @@
 // library: its exported surface does not grow by what only a program needs.
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace Nax::FrontEnd::XMLDB {
 
@@ -24,6 +25,11 @@ LockOutcome LockFolder(const std::string& folder, std::unique_ptr<IFolderLock>& 
 /// Puts the null device where the caller has closed a standard stream, so that no file of ours
 /// takes its number. Writing to a stream that was closed still fails.
 void FillClosedStandardStreams();
+
+/// Writes `text` to standard error; needs no memory.
+void WriteError(std::string_view text) noexcept;
+/// The same, and ends the process without any further work.
+[[noreturn]] void WriteErrorAndEnd(std::string_view text, int exitCode) noexcept;
 
 /// From now on writing beyond a file-size limit fails as on a full disk.
 void LetLimitsFailWrites();
