@@ -80,8 +80,7 @@ void CXmlStream::OnStartElement(void* context, const xmlChar* name, const xmlCha
                                 int count, int defaulted, const xmlChar** attributes) {
     auto* stream = SessionOf<CXmlStream>(context);
     constexpr std::size_t elementSize = 32;
-    if (stream->Fatal() ||
-        (defaulted > 0 && !stream->CountDefaulted(defaulted, count, attributes)) ||
+    if (stream->Fatal() || !stream->TakesStart(namespaceCount, defaulted, count, attributes) ||
         (stream->IsEntity(context) && !stream->CountExpanded(elementSize))) {
         return;
     }

@@ -31,7 +31,7 @@ private:
                                int count, int defaulted, const xmlChar** attributes) {
         auto* session = SessionOf<CTreeSession>(context);
         if (session->Fatal() ||
-            (defaulted > 0 && !session->CountDefaulted(defaulted, count, attributes))) {
+            !session->TakesStart(namespaceCount, defaulted, count, attributes)) {
             return;
         }
         xmlSAX2StartElementNs(context, name, prefix, uri, namespaceCount, namespaces, count,
