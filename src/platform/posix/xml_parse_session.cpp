@@ -10,8 +10,8 @@
 
 namespace Nax::FrontEnd::XMLDB {
 
-CXmlParseSession::CXmlParseSession(CXmlSource& source, bool prohibitDtd)
-    : m_source(source), m_prohibitDtd(prohibitDtd), m_limits(GetXmlLimits()) {}
+CXmlParseSession::CXmlParseSession(CXmlSource& source, bool prohibitDtd, const SXmlLimits& limits)
+    : m_source(source), m_prohibitDtd(prohibitDtd), m_limits(limits) {}
 
 CXmlParseSession::~CXmlParseSession() {
     TakeDocument();
@@ -86,6 +86,7 @@ int CXmlParseSession::ReadWithinLimits(char* buffer, int size) {
     if (count == 0 && m_limits.IsExceeded()) {
         m_fatal = SXmlFault{
             .code = XML_ERR_USER_STOP, .reason = m_limits.Reason(), .offset = m_limits.Offset()};
+        StopParser();
     }
     return count;
 }
@@ -137,6 +138,15 @@ void CXmlParseSession::SetFatal(int code, std::string reason) noexcept {
         m_fatal = SXmlFault{.code = code == 0 ? XML_ERR_INTERNAL_ERROR : code,
                             .reason = std::move(reason),
                             .offset = offset};
+        StopParser();
+    }
+}
+
+/// Leaves the parser nothing to read: parameter entities that refer to themselves keep it busy for
+/// ever after it has told so. Its own state of having stopped would, too.
+void CXmlParseSession::StopParser() noexcept {
+    for (int at = 0; m_parser != nullptr && at < m_parser->inputNr; ++at) {
+        m_parser->inputTab[at]->cur = m_parser->inputTab[at]->end;
     }
 }
 

@@ -23,7 +23,7 @@ namespace Nax::FrontEnd::XMLDB {
 /// Derived classes say what happens with the events. One object parses once, on one thread.
 class CXmlParseSession : public IXmlErrorReceiver {
 public:
-    CXmlParseSession(CXmlSource& source, bool prohibitDtd);
+    CXmlParseSession(CXmlSource& source, bool prohibitDtd, const SXmlLimits& limits);
     CXmlParseSession(const CXmlParseSession&) = delete;
     CXmlParseSession& operator=(const CXmlParseSession&) = delete;
     ~CXmlParseSession() override;
@@ -65,6 +65,7 @@ private:
     int ReadWithinLimits(char* buffer, int size);
     void Refuse(const char* what, std::uint64_t limit, const char* name) noexcept;
     void CheckNames() noexcept;
+    void StopParser() noexcept;
     static void OnInternalSubset(void* context, const xmlChar* name, const xmlChar* publicId,
                                  const xmlChar* systemId);
     static void OnEntityDeclaration(void* context, const xmlChar* name, int type,

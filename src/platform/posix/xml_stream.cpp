@@ -21,7 +21,7 @@ std::string_view ViewOf(const xmlChar* text, int length) {
 } // namespace
 
 CXmlStream::CXmlStream(CXmlSource& source, const SXmlStreamOptions& options)
-    : CXmlParseSession(source, options.prohibitDtd), m_source(source), m_options(options) {}
+    : CXmlParseSession(source, options.prohibitDtd, GetXmlLimits()), m_source(source), m_options(options) {}
 
 CXmlStream::~CXmlStream() {
     if (m_plug != nullptr) {
