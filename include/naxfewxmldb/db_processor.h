@@ -156,7 +156,6 @@ protected:
 private:
     friend class CRecordLoader;
 
-    bool ProcessLink(DBOperations operation, const SLinkTableProperties& properties);
     bool Dispatch(DBOperations operation, const std::string& text);
     bool AddElementRecord(DBOperations operation, const char* text);
 

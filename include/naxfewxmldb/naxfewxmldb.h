@@ -21,5 +21,6 @@
 #include <naxfewxmldb/text_types.h>
 #include <naxfewxmldb/xml_document.h>
 #include <naxfewxmldb/xml_element_sink.h>
+#include <naxfewxmldb/xml_limits.h>
 #include <naxfewxmldb/xml_xsd_validator.h>
 #include <naxfewxmldb/xsd_to_ddl_mapper.h>

@@ -7,9 +7,11 @@
 
 namespace Nax::FrontEnd::XMLDB {
 
-/// Hands a result of SQLite's on; want of memory is noted, whatever becomes of the result.
+/// Hands a result of SQLite's on; want of memory is noted, whatever becomes of the result. Where a
+/// statement has reached a bound of its own, nothing else has lost anything.
 inline int Noted(int result) noexcept {
-    if ((result & 0xFF) == SQLITE_NOMEM || result == SQLITE_IOERR_NOMEM) {
+    if (((result & 0xFF) == SQLITE_NOMEM || result == SQLITE_IOERR_NOMEM) &&
+        sqlite3_hard_heap_limit64(-1) == 0) {
         NoteFailedAllocation();
     }
     return result;

@@ -71,11 +71,7 @@ bool CDBProcessor::Process(DBOperations operation, const std::basic_stringstream
     return result;
 }
 
-bool CDBProcessor::Process(DBOperations operation, const SLinkTableProperties& properties) {
-    return WithinMemory([&] { return ProcessLink(operation, properties); });
-}
-
-bool CDBProcessor::ProcessLink(DBOperations operation, const SLinkTableProperties& properties) {
+bool CDBProcessor::Process(DBOperations operation, const SLinkTableProperties& properties) try {
     if (m_dataMapped) {
         return Error(kProcessError, "Data mapping already done");
     }
@@ -89,6 +85,8 @@ bool CDBProcessor::ProcessLink(DBOperations operation, const SLinkTablePropertie
     }
     NAX_TRACE(kClass, "Result: %d\n", static_cast<int>(result));
     return result;
+} catch (...) {
+    return FailWithoutMemory();
 }
 
 bool CDBProcessor::Dispatch(DBOperations operation, const std::string& text) {
@@ -158,22 +156,22 @@ bool CDBProcessor::CreateResultIds() {
     return result;
 }
 
-bool CDBProcessor::DB_ExecuteQuery(const char* sql) {
-    return WithinMemory([&] {
-        {
-            // The connection's message belongs to its latest statement: nobody may come between.
-            const std::lock_guard lock(*m_errorMutex);
-            if (m_database == nullptr || !m_database->Execute(sql)) {
-                const bool failed =
-                    Error(kExecuteError, std::string("Failed execute query : ").append(sql));
-                NAX_TRACE_ERROR(kClass, "DB_ExecuteQuery: '%s', result: %d\n", sql,
-                                static_cast<int>(failed));
-                return false;
-            }
+bool CDBProcessor::DB_ExecuteQuery(const char* sql) try {
+    {
+        // The connection's message belongs to its latest statement: nobody may come between.
+        const std::lock_guard lock(*m_errorMutex);
+        if (m_database == nullptr || !m_database->Execute(sql)) {
+            const bool failed =
+                Error(kExecuteError, std::string("Failed execute query : ").append(sql));
+            NAX_TRACE_ERROR(kClass, "DB_ExecuteQuery: '%s', result: %d\n", sql,
+                            static_cast<int>(failed));
+            return false;
         }
-        NAX_TRACE(kClass, "DB_ExecuteQuery: '%s', result: %d\n", sql, 1);
-        return true;
-    });
+    }
+    NAX_TRACE(kClass, "DB_ExecuteQuery: '%s', result: %d\n", sql, 1);
+    return true;
+} catch (...) {
+    return FailWithoutMemory();
 }
 
 bool CDBProcessor::DB_ExecuteQuery(const std::string& sql, IBoundInsertRunner* boundInserts) {
@@ -184,22 +182,22 @@ bool CDBProcessor::DB_ExecuteQuery(const std::string& sql, IBoundInsertRunner* b
     return true;
 }
 
-bool CDBProcessor::DB_ExecuteQuery(const char* sql, std::shared_ptr<IRecordset>& recordset) {
-    return WithinMemory([&] {
-        {
-            const std::lock_guard lock(*m_errorMutex);
-            if (m_database == nullptr || !m_database->ExecuteQuery(sql, recordset)) {
-                const bool failed =
-                    Error(kQueryError, std::string("Failed execute query : ").append(sql));
-                NAX_TRACE_ERROR(kClass, "DB_ExecuteQuery: %s, result: %d, pRecordset: %d\n", sql,
-                                static_cast<int>(failed), static_cast<int>(recordset != nullptr));
-                return false;
-            }
+bool CDBProcessor::DB_ExecuteQuery(const char* sql, std::shared_ptr<IRecordset>& recordset) try {
+    {
+        const std::lock_guard lock(*m_errorMutex);
+        if (m_database == nullptr || !m_database->ExecuteQuery(sql, recordset)) {
+            const bool failed =
+                Error(kQueryError, std::string("Failed execute query : ").append(sql));
+            NAX_TRACE_ERROR(kClass, "DB_ExecuteQuery: %s, result: %d, pRecordset: %d\n", sql,
+                            static_cast<int>(failed), static_cast<int>(recordset != nullptr));
+            return false;
         }
-        NAX_TRACE(kClass, "DB_ExecuteQuery: %s, result: %d, pRecordset: %d\n", sql, 1,
-                  static_cast<int>(recordset != nullptr));
-        return true;
-    });
+    }
+    NAX_TRACE(kClass, "DB_ExecuteQuery: %s, result: %d, pRecordset: %d\n", sql, 1,
+              static_cast<int>(recordset != nullptr));
+    return true;
+} catch (...) {
+    return FailWithoutMemory();
 }
 
 bool CDBProcessor::Error(const char* errorBlock, const std::string& message) {

@@ -51,16 +51,16 @@ CRecordLoader::CRecordLoader(CDBProcessor& processor)
 
 CRecordLoader::~CRecordLoader() = default;
 
-bool CRecordLoader::Begin() {
-    return WithinMemory([this] {
-        auto* runner = dynamic_cast<IBoundInsertRunner*>(m_processor.m_database.get());
-        if (runner == nullptr || TraceDetail::IsOn(static_cast<int>(TraceKind::Plain)) ||
-            !m_processor.BeginDirectLoad()) {
-            return false;
-        }
-        m_tables->runner = runner;
-        return true;
-    });
+bool CRecordLoader::Begin() try {
+    auto* runner = dynamic_cast<IBoundInsertRunner*>(m_processor.m_database.get());
+    if (runner == nullptr || TraceDetail::IsOn(static_cast<int>(TraceKind::Plain)) ||
+        !m_processor.BeginDirectLoad()) {
+        return false;
+    }
+    m_tables->runner = runner;
+    return true;
+} catch (...) {
+    return FailWithoutMemory();
 }
 
 std::size_t CRecordLoader::FindTable(const std::string& element) {

@@ -53,22 +53,22 @@ constexpr const char* kBulkyColumns[] = {"Body", "RuntimeErrorTrace"};
 
 bool CRulesProcessor::PostProcess(const _bstr_t& exportRulesPath, const _bstr_t& outputFolder,
                                   int exportMode, int debugSwitch, int reserved,
-                                  const _bstr_t& jsonFolder) {
-    return WithinMemory([&] {
-        if (m_processor == nullptr) {
-            return false;
-        }
-        const bool begun = PostProcessingUpdates(true);
-        NAX_TRACE(kClass, "PostProcessingUpdates begin: %d  \n", static_cast<int>(begun));
-        const bool loaded = LoadExportRules(exportRulesPath);
-        NAX_TRACE(kClass, "LoadExportRules: %d\n", static_cast<int>(loaded));
-        const bool exported =
-            ExecuteExport(outputFolder, exportMode, debugSwitch, reserved, jsonFolder);
-        NAX_TRACE(kClass, "ExecuteExport: %d\n", static_cast<int>(exported));
-        const bool ended = PostProcessingUpdates(false);
-        NAX_TRACE(kClass, "PostProcessingUpdates end: %d\n", static_cast<int>(ended));
-        return begun && loaded && exported;
-    });
+                                  const _bstr_t& jsonFolder) try {
+    if (m_processor == nullptr) {
+        return false;
+    }
+    const bool begun = PostProcessingUpdates(true);
+    NAX_TRACE(kClass, "PostProcessingUpdates begin: %d  \n", static_cast<int>(begun));
+    const bool loaded = LoadExportRules(exportRulesPath);
+    NAX_TRACE(kClass, "LoadExportRules: %d\n", static_cast<int>(loaded));
+    const bool exported =
+        ExecuteExport(outputFolder, exportMode, debugSwitch, reserved, jsonFolder);
+    NAX_TRACE(kClass, "ExecuteExport: %d\n", static_cast<int>(exported));
+    const bool ended = PostProcessingUpdates(false);
+    NAX_TRACE(kClass, "PostProcessingUpdates end: %d\n", static_cast<int>(ended));
+    return begun && loaded && exported;
+} catch (...) {
+    return FailWithoutMemory();
 }
 
 bool CRulesProcessor::PostProcessingUpdates(bool begin) {
@@ -110,32 +110,31 @@ bool CRulesProcessor::ExecuteTraced(const std::string& sql) {
     return result;
 }
 
-bool CRulesProcessor::GenerateReport() {
-    return WithinMemory([&] {
-        NAX_TRACE(kClass, "\n\n### GenerateReport\n");
-        std::ostringstream report;
-        report << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<ReportData>\n";
-        std::shared_ptr<IRecordset> rows;
-        if (m_processor != nullptr &&
-            m_processor->DB_ExecuteQuery("SELECT * FROM ValidationResults", rows)) {
-            while (rows->MoveNext()) {
-                report << "<Item ";
-                for (const char* name : {"RuleId", "Result", "RunTimeErrorTrace"}) {
-                    report << name << " = \"" << rows->GetString(name).GetString() << "\" ";
-                }
-                report << "/>\n";
+bool CRulesProcessor::GenerateReport() try {
+    NAX_TRACE(kClass, "\n\n### GenerateReport\n");
+    std::ostringstream report;
+    report << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<ReportData>\n";
+    std::shared_ptr<IRecordset> rows;
+    if (m_processor != nullptr &&
+        m_processor->DB_ExecuteQuery("SELECT * FROM ValidationResults", rows)) {
+        while (rows->MoveNext()) {
+            report << "<Item ";
+            for (const char* name : {"RuleId", "Result", "RunTimeErrorTrace"}) {
+                report << name << " = \"" << rows->GetString(name).GetString() << "\" ";
             }
+            report << "/>\n";
         }
-        report << "</ReportData>\n";
-        const std::string folder =
-            m_summaryFolder.empty() ? GetKnownFolder(CSIDL_APPDATA) : m_summaryFolder;
-        CreateFolders(folder);
-        Utils::CFUtils::ToFile(
-            JoinPath(folder, "Data_" + FormatLocalTime("%d-%m-%Y %H-%M-%S") + "_.xml"),
-            report.str());
-        NAX_TRACE(kClass, "\n\n### GenerateReport finished.\n");
-        return true;
-    });
+    }
+    report << "</ReportData>\n";
+    const std::string folder =
+        m_summaryFolder.empty() ? GetKnownFolder(CSIDL_APPDATA) : m_summaryFolder;
+    CreateFolders(folder);
+    Utils::CFUtils::ToFile(
+        JoinPath(folder, "Data_" + FormatLocalTime("%d-%m-%Y %H-%M-%S") + "_.xml"), report.str());
+    NAX_TRACE(kClass, "\n\n### GenerateReport finished.\n");
+    return true;
+} catch (...) {
+    return FailWithoutMemory();
 }
 
 } // namespace Nax::FrontEnd::XMLDB

@@ -54,31 +54,31 @@ std::vector<std::shared_ptr<IRule>> CRulesProcessor::GetRulesExport() const {
     return m_exportRules;
 }
 
-bool CRulesProcessor::LoadExportRules(const _bstr_t& exportRulesPath) {
-    return WithinMemory([&] {
-        if (m_processor == nullptr) {
-            return false;
-        }
-        const bool loaded = m_processor->GetUseResources()
-                                ? m_exportDocument->LoadXML(CXmlDbDocument::LoadInternalResource(
-                                      kExportActionsResource, nullptr))
-                                : m_exportDocument->Load(ToNarrow(exportRulesPath).c_str());
-        NAX_TRACE(kClass, "Postprocess rules XML load: %d\n", static_cast<int>(loaded));
-        const IXMLDOMElementPtr root = FindRoot(*m_exportDocument, L"Actions");
-        if (!root) {
-            NAX_TRACE_ERROR(kClass, "ValidationRules not found !\n");
-            return loaded;
-        }
-        NAX_TRACE(kClass, "\n\n### START POSTPROCESS RULES READING...\n\n");
-        for (const auto& [name, child] : ChildrenOf(root)) {
-            NAX_TRACE(kClass, "Node name: '%s' !\n", ToNarrow(name).c_str());
-            if (name == _bstr_t(L"JsonRequest")) {
-                m_exportRules.push_back(ReadExportRule(child));
-            }
-        }
-        NAX_TRACE(kClass, "\n\n### END RULES READING...\n\n");
+bool CRulesProcessor::LoadExportRules(const _bstr_t& exportRulesPath) try {
+    if (m_processor == nullptr) {
+        return false;
+    }
+    const bool loaded = m_processor->GetUseResources()
+                            ? m_exportDocument->LoadXML(CXmlDbDocument::LoadInternalResource(
+                                  kExportActionsResource, nullptr))
+                            : m_exportDocument->Load(ToNarrow(exportRulesPath).c_str());
+    NAX_TRACE(kClass, "Postprocess rules XML load: %d\n", static_cast<int>(loaded));
+    const IXMLDOMElementPtr root = FindRoot(*m_exportDocument, L"Actions");
+    if (!root) {
+        NAX_TRACE_ERROR(kClass, "ValidationRules not found !\n");
         return loaded;
-    });
+    }
+    NAX_TRACE(kClass, "\n\n### START POSTPROCESS RULES READING...\n\n");
+    for (const auto& [name, child] : ChildrenOf(root)) {
+        NAX_TRACE(kClass, "Node name: '%s' !\n", ToNarrow(name).c_str());
+        if (name == _bstr_t(L"JsonRequest")) {
+            m_exportRules.push_back(ReadExportRule(child));
+        }
+    }
+    NAX_TRACE(kClass, "\n\n### END RULES READING...\n\n");
+    return loaded;
+} catch (...) {
+    return FailWithoutMemory();
 }
 
 std::shared_ptr<IRule> CRulesProcessor::ReadExportRule(IXMLDOMNode* node) const {
@@ -97,32 +97,32 @@ std::shared_ptr<IRule> CRulesProcessor::ReadExportRule(IXMLDOMNode* node) const 
 }
 
 bool CRulesProcessor::ExecuteExport(const _bstr_t& outputFolder, int exportMode, int debugSwitch,
-                                    int reserved, const _bstr_t& jsonFolder) {
-    return WithinMemory([&] {
-        NAX_TRACE(kClass, "\n\n### EXPORT RULES EXECUTION STARTED...\n\n");
-        if (m_processor == nullptr) {
-            return false;
-        }
-        SExportContext context;
-        context.exportMode = exportMode;
-        context.debugSwitch = debugSwitch;
-        context.reserved = reserved;
-        context.outputFolder = ToNarrow(outputFolder);
-        context.jsonFolder = ToNarrow(jsonFolder);
-        if (context.outputFolder.empty() && !m_processor->GetUseResources()) {
-            context.outputFolder = GetKnownFolder(CSIDL_APPDATA);
-        }
-        m_styleSheetPath = JoinPath(context.outputFolder, kReportStyleSheetFile);
-        m_reportPagePath = JoinPath(context.outputFolder, kReportPageFile);
-        context.reportPagePath = m_reportPagePath;
-        context.styleSheetPath = m_styleSheetPath;
-        m_summaryFolder = CReportFiles::FolderFor(context.outputFolder);
+                                    int reserved, const _bstr_t& jsonFolder) try {
+    NAX_TRACE(kClass, "\n\n### EXPORT RULES EXECUTION STARTED...\n\n");
+    if (m_processor == nullptr) {
+        return false;
+    }
+    SExportContext context;
+    context.exportMode = exportMode;
+    context.debugSwitch = debugSwitch;
+    context.reserved = reserved;
+    context.outputFolder = ToNarrow(outputFolder);
+    context.jsonFolder = ToNarrow(jsonFolder);
+    if (context.outputFolder.empty() && !m_processor->GetUseResources()) {
+        context.outputFolder = GetKnownFolder(CSIDL_APPDATA);
+    }
+    m_styleSheetPath = JoinPath(context.outputFolder, kReportStyleSheetFile);
+    m_reportPagePath = JoinPath(context.outputFolder, kReportPageFile);
+    context.reportPagePath = m_reportPagePath;
+    context.styleSheetPath = m_styleSheetPath;
+    m_summaryFolder = CReportFiles::FolderFor(context.outputFolder);
 
-        const bool exported = RunExportRules(context);
-        const bool written = PostRunExportRules();
-        NAX_TRACE(kClass, "\n\n### EXPORT RULES EXECUTION FINISHED\n\n");
-        return exported && written;
-    });
+    const bool exported = RunExportRules(context);
+    const bool written = PostRunExportRules();
+    NAX_TRACE(kClass, "\n\n### EXPORT RULES EXECUTION FINISHED\n\n");
+    return exported && written;
+} catch (...) {
+    return FailWithoutMemory();
 }
 
 bool CRulesProcessor::RunExportRules(const SExportContext& context) {

@@ -35,39 +35,39 @@ CRulesProcessor::CRulesProcessor(const std::shared_ptr<CDBProcessor>& processor,
 
 CRulesProcessor::~CRulesProcessor() = default;
 
-bool CRulesProcessor::Initialize() {
-    return WithinMemory([&] {
-        if (m_processor == nullptr) {
-            return false;
-        }
-        const bool created = m_processor->Process(CreateResultsTable, std::wstringstream());
-        PreProcessingUpdates();
-        return created;
-    });
+bool CRulesProcessor::Initialize() try {
+    if (m_processor == nullptr) {
+        return false;
+    }
+    const bool created = m_processor->Process(CreateResultsTable, std::wstringstream());
+    PreProcessingUpdates();
+    return created;
+} catch (...) {
+    return FailWithoutMemory();
 }
 
-bool CRulesProcessor::LoadRules(const _bstr_t& rulesPath) {
-    return WithinMemory([&] {
-        if (m_processor == nullptr) {
-            return false;
-        }
-        Initialize();
-        const bool loaded = m_processor->GetUseResources()
-                                ? m_rulesDocument->LoadXML(
-                                      CXmlDbDocument::LoadInternalResource(kRulesResource, nullptr))
-                                : m_rulesDocument->Load(ToNarrow(rulesPath).c_str());
-        NAX_TRACE(kClass, "Rules XML load: %d\n", static_cast<int>(loaded));
-        if (!ReadRules()) {
-            NAX_TRACE_ERROR(kClass, "ValidationRules not found !!!\n");
-            return loaded;
-        }
-        if (ToTable()) {
-            NAX_TRACE(kClass, "\n\n### RULES STORED TO DATABASE...\n\n");
-        } else {
-            NAX_TRACE_ERROR(kClass, "\n\n### ERROR RULES STORING IN DATABASE...\n\n");
-        }
+bool CRulesProcessor::LoadRules(const _bstr_t& rulesPath) try {
+    if (m_processor == nullptr) {
+        return false;
+    }
+    Initialize();
+    const bool loaded = m_processor->GetUseResources()
+                            ? m_rulesDocument->LoadXML(
+                                  CXmlDbDocument::LoadInternalResource(kRulesResource, nullptr))
+                            : m_rulesDocument->Load(ToNarrow(rulesPath).c_str());
+    NAX_TRACE(kClass, "Rules XML load: %d\n", static_cast<int>(loaded));
+    if (!ReadRules()) {
+        NAX_TRACE_ERROR(kClass, "ValidationRules not found !!!\n");
         return loaded;
-    });
+    }
+    if (ToTable()) {
+        NAX_TRACE(kClass, "\n\n### RULES STORED TO DATABASE...\n\n");
+    } else {
+        NAX_TRACE_ERROR(kClass, "\n\n### ERROR RULES STORING IN DATABASE...\n\n");
+    }
+    return loaded;
+} catch (...) {
+    return FailWithoutMemory();
 }
 
 bool CRulesProcessor::ReadRules() {
@@ -123,55 +123,54 @@ std::vector<std::shared_ptr<IRule>> CRulesProcessor::GetRules() const {
     return m_rules;
 }
 
-bool CRulesProcessor::ToTable() {
-    return WithinMemory([&] {
-        if (m_processor == nullptr) {
-            return false;
-        }
-        bool result = m_processor->DB_ExecuteQuery("DELETE FROM RULES;");
-        NAX_TRACE(kClass, "Rules table all records deleted: %d", static_cast<int>(result));
-        for (const std::shared_ptr<IRule>& rule : m_rules) {
-            result = RuleToTable(rule);
-        }
-        return result;
-    });
+bool CRulesProcessor::ToTable() try {
+    if (m_processor == nullptr) {
+        return false;
+    }
+    bool result = m_processor->DB_ExecuteQuery("DELETE FROM RULES;");
+    NAX_TRACE(kClass, "Rules table all records deleted: %d", static_cast<int>(result));
+    for (const std::shared_ptr<IRule>& rule : m_rules) {
+        result = RuleToTable(rule);
+    }
+    return result;
+} catch (...) {
+    return FailWithoutMemory();
 }
 
-bool CRulesProcessor::RuleToTable(const std::shared_ptr<IRule>& rule) {
-    return WithinMemory([&] {
-        if (m_processor == nullptr || rule == nullptr) {
-            return false;
-        }
-        const auto safe = [this](const CStringA& text) { return m_processor->UpdateStr(text); };
-        const std::string sql = Format(
-            "INSERT INTO Rules (RuleId,Name,Type,Msg,Params,Lang,Body,Solution) VALUES "
-            "('%s','%s','%s','%s','%s','%s','%s','%s')",
-            safe(rule->id).GetString(), safe(rule->name).GetString(), safe(rule->type).GetString(),
-            safe(rule->msg).GetString(), safe(rule->params).GetString(),
-            safe(rule->lang).GetString(), safe(rule->body).GetString(),
-            safe(rule->solution).GetString());
-        const bool result = m_processor->DB_ExecuteQuery(sql.c_str());
-        NAX_TRACE(kClass, "RuleToTable mapping: \n%s\nResult: %d", sql.c_str(),
-                  static_cast<int>(result));
-        return result;
-    });
+bool CRulesProcessor::RuleToTable(const std::shared_ptr<IRule>& rule) try {
+    if (m_processor == nullptr || rule == nullptr) {
+        return false;
+    }
+    const auto safe = [this](const CStringA& text) { return m_processor->UpdateStr(text); };
+    const std::string sql = Format(
+        "INSERT INTO Rules (RuleId,Name,Type,Msg,Params,Lang,Body,Solution) VALUES "
+        "('%s','%s','%s','%s','%s','%s','%s','%s')",
+        safe(rule->id).GetString(), safe(rule->name).GetString(), safe(rule->type).GetString(),
+        safe(rule->msg).GetString(), safe(rule->params).GetString(), safe(rule->lang).GetString(),
+        safe(rule->body).GetString(), safe(rule->solution).GetString());
+    const bool result = m_processor->DB_ExecuteQuery(sql.c_str());
+    NAX_TRACE(kClass, "RuleToTable mapping: \n%s\nResult: %d", sql.c_str(),
+              static_cast<int>(result));
+    return result;
+} catch (...) {
+    return FailWithoutMemory();
 }
 
-bool CRulesProcessor::Execute() {
-    return WithinMemory([&] {
-        NAX_TRACE(kClass, "\n\n### RULES EXECUTION STARTED...\n\n");
-        bool result = false;
-        for (const std::shared_ptr<IRule>& rule : m_rules) {
-            rule->Initialize();
-            result = rule->Run();
-            rule->Finalize();
-        }
-        for (const std::shared_ptr<IRule>& rule : m_rules) {
-            rule->PostRun();
-        }
-        NAX_TRACE(kClass, "\n\n### RULES EXECUTION FINISHED\n\n");
-        return result;
-    });
+bool CRulesProcessor::Execute() try {
+    NAX_TRACE(kClass, "\n\n### RULES EXECUTION STARTED...\n\n");
+    bool result = false;
+    for (const std::shared_ptr<IRule>& rule : m_rules) {
+        rule->Initialize();
+        result = rule->Run();
+        rule->Finalize();
+    }
+    for (const std::shared_ptr<IRule>& rule : m_rules) {
+        rule->PostRun();
+    }
+    NAX_TRACE(kClass, "\n\n### RULES EXECUTION FINISHED\n\n");
+    return result;
+} catch (...) {
+    return FailWithoutMemory();
 }
 
 bool CRulesProcessor::StartTransaction() {

@@ -29,16 +29,16 @@ constexpr const char* kColumnUpdates[] = {
 
 } // namespace
 
-bool CRulesProcessor::PreProcess(const SchemaFindings& findings) {
-    return WithinMemory([&] {
-        if (m_processor == nullptr) {
-            return false;
-        }
-        const bool result = ProcessXSDValidationMsgs(findings);
-        NAX_TRACE(kClass, "\n\n### INSERT XML to XSD VALIDATION RESULTS: %d\n\n",
-                  static_cast<int>(result));
-        return result;
-    });
+bool CRulesProcessor::PreProcess(const SchemaFindings& findings) try {
+    if (m_processor == nullptr) {
+        return false;
+    }
+    const bool result = ProcessXSDValidationMsgs(findings);
+    NAX_TRACE(kClass, "\n\n### INSERT XML to XSD VALIDATION RESULTS: %d\n\n",
+              static_cast<int>(result));
+    return result;
+} catch (...) {
+    return FailWithoutMemory();
 }
 
 bool CRulesProcessor::ProcessXSDValidationMsgs(const SchemaFindings& findings) {

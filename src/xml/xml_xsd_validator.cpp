@@ -143,18 +143,18 @@ bool CXmlXsdValidator::Validate(bool useLocalCopy, const _bstr_t& fileName,
     return Run({useLocalCopy, fileName, localFileName, schema, &sink, result}, message);
 }
 
-bool CXmlXsdValidator::Run(const SRequest& request, _bstr_t& message) {
-    return WithinMemory([&] {
-        try {
-            return Check(request, message);
-        } catch (const _com_error& error) {
-            const std::string text =
-                std::string("CXmlXsdValidator::Validate. ") + DescribeComError(error);
-            message = text.c_str();
-            return Error(ErrorBlock("CXmlXsdValidator::Validate", kFile, __LINE__).c_str(),
-                         text.c_str());
-        }
-    });
+bool CXmlXsdValidator::Run(const SRequest& request, _bstr_t& message) try {
+    try {
+        return Check(request, message);
+    } catch (const _com_error& error) {
+        const std::string text =
+            std::string("CXmlXsdValidator::Validate. ") + DescribeComError(error);
+        message = text.c_str();
+        return Error(ErrorBlock("CXmlXsdValidator::Validate", kFile, __LINE__).c_str(),
+                     text.c_str());
+    }
+} catch (...) {
+    return FailWithoutMemory();
 }
 
 bool CXmlXsdValidator::Check(const SRequest& request, _bstr_t& message) {

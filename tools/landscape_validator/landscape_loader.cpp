@@ -106,9 +106,10 @@ bool CLandscapeLoader::LoadFiles(const Progress& progress) {
 
 bool CLandscapeLoader::LoadFile(const SLandscapeFile& file) {
     CElementCollector collector(
-        m_tables, m_writer == nullptr ? CRecordBuffer::TakeBlock() : [this](std::string&& block) {
-            m_writer->Add(std::move(block));
-        });
+        m_tables,
+        m_writer == nullptr ? CRecordBuffer::TakeBlock()
+                            : [this](std::string&& block) { m_writer->Add(std::move(block)); },
+        m_files.GetLimit());
     const bool keep = TakeFile(file, collector);
     if (m_writer == nullptr) {
         return m_failure.empty() &&

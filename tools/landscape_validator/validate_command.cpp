@@ -58,7 +58,9 @@ public:
           m_err(err),
           m_output(options, out, err),
           m_ruleSet(options.rules),
-          m_files(options.includes) {}
+          m_files(options.includes, options.limits.files) {
+        SetXmlLimits(options.limits.xml);
+    }
 
     ExitCode Run() {
         if (!m_output.Prepare() || !LoadRuleSet() || !ReadCommandLineFiles() || !PrepareFolder()) {
@@ -160,7 +162,7 @@ private:
         std::string reason = IsUtf8(name) ? "" : "the name that --stdin-name gives is not UTF-8";
         m_scratch = reason.empty() ? MakeScratchFolder(reason) : nullptr;
         const std::string path = m_scratch ? m_scratch->GetPath() + "/stdin.xml" : "";
-        if (!m_scratch || !CopyToFile(std::cin, path, reason)) {
+        if (!m_scratch || !CopyToFile(std::cin, path, m_options.limits.xml.fileSize, reason)) {
             return Fail("cannot read standard input: " + reason);
         }
         m_files.AddCommandLineFile(path, name);

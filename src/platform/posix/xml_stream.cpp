@@ -21,7 +21,9 @@ std::string_view ViewOf(const xmlChar* text, int length) {
 } // namespace
 
 CXmlStream::CXmlStream(CXmlSource& source, const SXmlStreamOptions& options)
-    : CXmlParseSession(source, options.prohibitDtd), m_source(source), m_options(options) {}
+    : CXmlParseSession(source, options.prohibitDtd, GetXmlLimits()),
+      m_source(source),
+      m_options(options) {}
 
 CXmlStream::~CXmlStream() {
     if (m_plug != nullptr) {
@@ -84,7 +86,7 @@ void CXmlStream::OnStartElement(void* context, const xmlChar* name, const xmlCha
         return;
     }
     stream->Contained([&] {
-        if ((defaulted > 0 && !stream->CountDefaulted(defaulted, count, attributes)) ||
+        if (!stream->TakesStart(namespaceCount, defaulted, count, attributes) ||
             (stream->IsEntity(context) && !stream->CountExpanded(elementSize))) {
             return;
         }
