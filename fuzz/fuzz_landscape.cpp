@@ -1,0 +1,160 @@
+// SPDX-License-Identifier: Apache-2.0
+// A landscape from its bytes to findings, documents and page.
+//
+// Each input is validated and loaded, which is quick, and compared with a plain parser. Of those
+// that are well-formed many, of the others some go through a whole run, whose outputs are checked.
+#include "fuzz_support.h"
+
+#include "landscape_loader.h"
+#include "plain_parse.h"
+#include "validate_command.h"
+
+#include <naxfewxmldb/naxfewxmldb.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <filesystem>
+#include <sstream>
+
+namespace {
+
+using namespace Nax::FrontEnd::XMLDB;
+using namespace LandscapeValidator;
+using Fuzzing::PlainResult;
+using Fuzzing::Require;
+namespace fs = std::filesystem;
+
+const Fuzzing::CScratch& Scratch() {
+    static const Fuzzing::CScratch scratch;
+    return scratch;
+}
+
+/// A database with the schema's tables, to which entries are added and taken back.
+class CTables {
+public:
+    CTables() {
+        OverrideKnownFolder(KnownFolder::AppData, Scratch().Path("settings").c_str());
+        OverrideKnownFolder(KnownFolder::LocalAppData, Scratch().Path("data").c_str());
+        m_processor = std::make_shared<CDBProcessor>(true, Normal, _bstr_t(), _bstr_t());
+        Require(m_processor->Process(createDB, std::wstringstream()), "a database can be made",
+                m_processor->GetLastDBError());
+    }
+
+    SFileOutcome Load(const std::string& path) {
+        m_processor->DB_ExecuteQuery("BEGIN");
+        SFileOutcome outcome;
+        {
+            CFileList files;
+            files.AddCommandLineFile(path);
+            CLandscapeLoader loader(*m_processor, files);
+            Require(loader.Load({}), "every record can be stored", m_processor->GetLastDBError());
+            Require(loader.GetFailure().empty(), "the schema can be used", loader.GetFailure());
+            outcome = loader.GetOutcomes().front();
+        }
+        m_processor->DB_ExecuteQuery("ROLLBACK");
+        return outcome;
+    }
+
+private:
+    std::shared_ptr<CDBProcessor> m_processor;
+};
+
+void CheckOutcome(const SFileOutcome& outcome, PlainResult plain) {
+    const SXmlValidationResult& result = outcome.result;
+    const std::string reason = result.issues.empty() ? "" : result.issues.front().reason;
+    const bool valid = outcome.code == ValidationAgainstXSDPassed;
+    Require(plain != PlainResult::IllFormed || !result.wellFormed,
+            "what is not well-formed is told as that", reason);
+    Require(plain == PlainResult::Valid || !valid, "what is not valid is told as that", reason);
+    Require(valid == (result.wellFormed && result.total == 0), "a valid file has no faults");
+    Require(valid || !reason.empty(), "a fault has its reason");
+    for (const SXmlIssue& issue : result.issues) {
+        Require(issue.source.size() < 2000 && issue.line >= 0, "lines at fault are cut",
+                issue.source);
+    }
+}
+
+SOptions RunOptions(const std::string& path) {
+    SOptions options;
+    options.files = {path};
+    options.outputFolder = Scratch().Path("report");
+    options.keepBackups = 0;
+    options.report.outputs = {{Format::Text, ""},
+                              {Format::Github, Scratch().Path("out.github")},
+                              {Format::Junit, Scratch().Path("out.junit")},
+                              {Format::Sarif, Scratch().Path("out.sarif")},
+                              {Format::Json, Scratch().Path("out.json")}};
+    return options;
+}
+
+bool IsPrintable(std::string_view text) {
+    return std::none_of(text.begin(), text.end(), [](char c) {
+        const auto code = static_cast<unsigned char>(c);
+        return (code < 0x20 && c != '\n' && c != '\t') || code == 0x7F;
+    });
+}
+
+void CheckDocuments() {
+    for (const char* name : {"out.json", "out.sarif"}) {
+        const std::string text = Fuzzing::ReadFile(Scratch().Path(name));
+        Require(nlohmann::json::accept(text), "a document is JSON", text);
+        Require(IsPrintable(text), "a document can be shown on a terminal", text);
+    }
+    CXmlDbDocument junit;
+    Require(junit.Load(Scratch().Path("out.junit").c_str()), "a document is XML",
+            junit.GetLastErrorText());
+    std::istringstream github(Fuzzing::ReadFile(Scratch().Path("out.github")));
+    for (std::string line; std::getline(github, line);) {
+        Require(line.starts_with("::") && IsPrintable(line), "each line is a command", line);
+    }
+}
+
+/// Markup of the page comes from its template alone, so there is always as much of it.
+std::ptrdiff_t CountMarkup() {
+    const std::string page = Fuzzing::ReadFile(Scratch().Path("report/ValidationResults.htm"));
+    return std::count(page.begin(), page.end(), '<') + std::count(page.begin(), page.end(), '>');
+}
+
+ExitCode Run(const std::string& path) {
+    std::error_code ignored;
+    fs::remove_all(Scratch().Path("report"), ignored);
+    std::ostringstream out;
+    std::ostringstream err;
+    const SOptions options = RunOptions(path);
+    const ExitCode exitCode = RunValidate(options, out, err);
+    Require(IsPrintable(out.str()) && IsPrintable(err.str()), "what is printed is printable",
+            out.str() + err.str());
+    Require(exitCode != ExitCode::Failure, "a landscape of any content can be checked", err.str());
+    CheckDocuments();
+    return exitCode;
+}
+
+bool IsRunWhole(std::string_view text, bool wellFormed) {
+    std::uint32_t hash = 2166136261U;
+    for (const char c : text) {
+        hash = (hash ^ static_cast<unsigned char>(c)) * 16777619U;
+    }
+    return (hash >> 8U) % (wellFormed ? 4 : 32) == 0;
+}
+
+} // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static CTables tables;
+    static const std::ptrdiff_t markup = [] {
+        Run(Scratch().Write("landscape.xml", "<Landscape/>"));
+        return CountMarkup();
+    }();
+    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    const std::string path = Scratch().Write("landscape.xml", text);
+    const PlainResult plain = Fuzzing::ParsePlainly(text);
+    const SFileOutcome outcome = tables.Load(path);
+    CheckOutcome(outcome, plain);
+    if (IsRunWhole(text, outcome.result.wellFormed)) {
+        const ExitCode exitCode = Run(path);
+        Require(exitCode == ExitCode::Findings || plain == PlainResult::Valid,
+                "faults of the schema fail the run");
+        Require(CountMarkup() == markup, "no text becomes markup of the page");
+    }
+    return 0;
+}
