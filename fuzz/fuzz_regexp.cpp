@@ -17,25 +17,28 @@ using Fuzzing::Require;
 constexpr std::size_t kReferencePattern = 64;
 constexpr std::size_t kReferenceSubject = 62;
 
-/// The reference counts as far as the counts say, so their product bounds its time.
-bool HasSmallCounts(std::string_view pattern) {
+bool IsQuantifier(char c) {
+    return c == '*' || c == '+' || c == '?' || c == '{' || c == '}';
+}
+
+/// The reference counts as far as the counts say, and goes through an operand at least twice for
+/// each quantifier around it, so the product of both bounds its time.
+bool IsQuickForReference(std::string_view pattern) {
+    constexpr std::uint64_t kMost = 2000;
     std::uint64_t product = 1;
-    for (std::size_t at = 0; at < pattern.size(); ++at) {
-        std::uint64_t number = 0;
-        std::size_t digits = 0;
-        for (; at < pattern.size() && std::isdigit(static_cast<unsigned char>(pattern[at])) != 0;
-             ++at, ++digits) {
-            number = number * 10 + static_cast<std::uint64_t>(pattern[at] - '0');
-            if (digits > 2) {
-                return false;
-            }
+    std::uint64_t number = 0;
+    for (std::size_t at = 0; at < pattern.size() && product <= kMost && number <= kMost; ++at) {
+        const char c = pattern[at];
+        if (std::isdigit(static_cast<unsigned char>(c)) != 0) {
+            number = number * 10 + static_cast<std::uint64_t>(c - '0');
+            continue;
         }
         product *= std::max<std::uint64_t>(number, 1);
-        if (product > 2000) {
-            return false;
-        }
+        number = 0;
+        const char before = at == 0 ? '\0' : pattern[at - 1];
+        product *= IsQuantifier(c) && (before == ')' || IsQuantifier(before)) ? 2 : 1;
     }
-    return true;
+    return product <= kMost && number <= kMost;
 }
 
 /// What the reference knows: ASCII, of escapes \b, \w and \W outside of classes, and no range in
@@ -44,7 +47,7 @@ bool IsKnownToReference(std::string_view pattern, std::string_view subject, bool
     const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
     if (pattern.size() > kReferencePattern || subject.size() > kReferenceSubject ||
         !std::all_of(pattern.begin(), pattern.end(), isAscii) ||
-        !std::all_of(subject.begin(), subject.end(), isAscii) || !HasSmallCounts(pattern) ||
+        !std::all_of(subject.begin(), subject.end(), isAscii) || !IsQuickForReference(pattern) ||
         pattern.find("[:") != std::string_view::npos) {
         return false;
     }
