@@ -95,6 +95,13 @@ std::string RecordText(const Columns& columns, const Values& values, bool escape
     return text;
 }
 
+/// A text as XML can hold it: UTF-8 without the two characters that SQLite, like XML, takes for
+/// none.
+std::string MakeValue(std::string_view bytes) {
+    return TextProcessor().ReplaceAll(LandscapeValidator::ValidUtf8(bytes),
+                                      {{"\xEF\xBF\xBE", "?"}, {"\xEF\xBF\xBF", "?"}});
+}
+
 void CheckRow(CDBProcessor& processor, const char* table, const Columns& columns,
               const Values& values) {
     std::string sql;
@@ -123,7 +130,7 @@ void CheckWellFormed(CDatabases& databases, const STarget& target, Fuzzing::CPie
         const std::string_view piece = pieces.Text();
         values.emplace_back();
         if (!piece.starts_with('\x01')) {
-            values.back() = LandscapeValidator::ValidUtf8(piece);
+            values.back() = MakeValue(piece);
         }
     }
     CDBProcessor& direct = databases.Direct();
