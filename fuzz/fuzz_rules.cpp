@@ -92,7 +92,8 @@ private:
                     "SELECT name FROM sqlite_temp_master UNION ALL "
                     "SELECT name || ifnull(file, '') FROM pragma_database_list UNION ALL "
                     "SELECT uuid || ifnull(name, '-') || file_id FROM Services UNION ALL "
-                    "SELECT uri || indx FROM Files UNION ALL SELECT * FROM ResultId UNION ALL "
+                    "SELECT uri || indx FROM Files UNION ALL SELECT Id || Name FROM ResultId UNION "
+                    "ALL "
                     "SELECT hard_heap_limit FROM pragma_hard_heap_limit UNION ALL "
                     "SELECT query_only FROM pragma_query_only UNION ALL "
                     "SELECT sum(n) FROM (SELECT count(*) AS n FROM Items UNION ALL "
@@ -124,14 +125,16 @@ void Export(CCage& cage, CRulesProcessor& rules) {
     fs::remove_all(json);
     CRulesProcessor::StartNewReport();
     rules.ExecuteExport(cage.Scratch().Path("page").c_str(), 0, 0, 0, json.string().c_str());
-    std::set<std::string> outputs;
+    std::set<std::string> outputs; // without number of the statement and ending
     for (const std::shared_ptr<IRule>& action : rules.GetRulesExport()) {
-        outputs.insert(action->output.GetString());
+        outputs.insert(fs::path(action->output.GetString()).stem().string());
     }
     std::error_code noFolder;
     for (const auto& entry : fs::directory_iterator(json, noFolder)) {
         const std::string name = entry.path().filename().string();
-        Require(outputs.count(name) == 1, "only outputs of the actions are written", name);
+        const std::string stem = entry.path().stem().string();
+        Require(outputs.count(stem) == 1 || outputs.count(stem.substr(0, stem.rfind('_'))) == 1,
+                "only outputs of the actions are written", name);
         const std::string content = Fuzzing::ReadFile(entry.path().string());
         Require(nlohmann::json::accept(content), "an export is JSON", content);
     }
