@@ -52,6 +52,7 @@ public:
     CRulesProcessor& NewRules() {
         m_rules = std::make_unique<CRulesProcessor>(m_processor, _bstr_t());
         m_rules->Initialize();
+        m_processor->DB_ExecuteQuery("DELETE FROM Rules");
         return *m_rules;
     }
 
@@ -174,8 +175,7 @@ void LoadByLibrary(CCage& cage, const std::string& path) {
     const bool loaded = rules.LoadRules(path.c_str());
     Require(loaded || rules.GetRules().empty(), "no rules without a document");
     const auto stored = cage.Column("SELECT count(*) FROM Rules");
-    Require(!loaded || std::stoul(stored.front()) <= rules.GetRules().size(),
-            "no more rows than rules");
+    Require(std::stoul(stored.front()) <= rules.GetRules().size(), "no more rows than rules");
     rules.LoadExportRules(path.c_str());
     cage.CheckUntouched({});
 }
