@@ -127,6 +127,10 @@ ROWS = [
     ("200,000 faulty items",
      lambda: landscape(WORKSPACE, many(b"<Item/>\n", 5_000, 200_000), WORKSPACE_END), 1,
      ["400000 violations" if FULL else "10000 violations"]),
+    ("more findings than --limit findings",
+     lambda: landscape(WORKSPACE, many(b"<Item/>\n", 400, 2_000_000), WORKSPACE_END), 2,
+     limit("findings", "more than 200000 findings" if FULL else "more than 300 findings"),
+     [] if FULL else ["--limit", "findings=300"]),
     ("1,000,000 missing includes of 10,000", lambda: includes(
         [b"m%d.xml" % n for n in range(1_000_000 if FULL else 300)]), 1,
      limit("files", "has 10000 files" if FULL else "has 100 files"),

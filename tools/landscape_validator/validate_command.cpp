@@ -13,6 +13,7 @@
 #include "printable.h"
 #include "readable_file.h"
 #include "report.h"
+#include "result_limit.h"
 #include "rule_indexes.h"
 #include "rule_set.h"
 #include "schema_files.h"
@@ -82,6 +83,7 @@ public:
             return StopAfterFailure();
         }
         const bool published = PublishReport();
+        TellLeftOut();
         if (published) {
             RemoveOldBackups(m_options.outputFolder, m_options.keepBackups);
             RemoveOldSummaries(m_options.outputFolder, m_options.keepBackups + 1);
@@ -266,6 +268,7 @@ private:
         {
             CRuleIndexes indexes(*m_processor);
             done = (m_rules->GetRules().empty() || m_rules->Execute()) && done;
+            m_leftOut = RemoveResultsBeyond(*m_processor, m_options.limits.findings);
             m_rules->PreProcess(m_loader->GetFindings());
             indexes.AddForLookUps();
             m_places = LocateFindings(*m_processor, m_loader->GetTables(), m_loader->GetPositions(),
@@ -274,6 +277,17 @@ private:
         ShowProgress({});
         const bool whole = m_processor->GetStorageFailure().empty();
         return (done && whole) || FailDatabase("the rules cannot be run");
+    }
+
+    /// What is told then is true, but not all: the run has failed.
+    void TellLeftOut() {
+        if (m_leftOut > 0) {
+            const std::uint64_t limit = m_options.limits.findings;
+            Fail(
+                fmt::format("the rules found more than {} findings, which is the limit "
+                            "\"findings\". {} The {} least severe are left out",
+                            limit, LimitAdvice("findings"), m_leftOut));
+        }
     }
 
     void WriteReport() {
@@ -359,6 +373,7 @@ private:
     std::unique_ptr<CReport> m_report;
     std::string m_actionFailure; ///< why the actions of files did not write theirs
     FindingPlaces m_places;
+    std::uint64_t m_leftOut = 0; ///< findings
 };
 
 } // namespace
