@@ -30,9 +30,8 @@ std::size_t BlankAt(std::string_view text, std::size_t at) {
 std::string WithoutCommands(std::string text) {
     bool begins = true;
     for (std::size_t at = 0; at < text.size(); ++at) {
-        if (at > 0 && text[at] == '#' && text[at - 1] == '#') {
-            text[at] = '?';
-        } else if (begins && text.compare(at, 2, "::") == 0) {
+        if ((at > 0 && text[at] == '#' && text[at - 1] == '#') ||
+            (begins && text.compare(at, 2, "::") == 0)) {
             text[at] = '?';
         }
         const std::size_t blank = begins ? BlankAt(text, at) : 0;
