@@ -64,7 +64,7 @@ std::string SettleDatabase() {
 
 std::string SettleBeforeRun(const std::string& database) {
     if (WasInterrupted(database)) {
-        const std::string failure = SettleDatabase();
+        std::string failure = SettleDatabase();
         if (WasInterrupted(database) && !failure.empty()) {
             return failure;
         }
