@@ -231,6 +231,8 @@ def check_verdicts(folder):
     """Whether a file is well-formed is what another parser says, for a file that is damaged at
     every byte."""
     files = {}
+    files["nul-last.xml"] = SMALL + b"\0"
+    files["nul-rest.xml"] = SMALL + b"\n\0<Landscape/>"
     for at in range(len(SMALL) - 1):
         files[f"cut{at}.xml"] = SMALL[:at] if at < len(SMALL) - 1 else SMALL + b"<"
         files[f"nul{at}.xml"] = SMALL[:at] + b"\0" + SMALL[at:]

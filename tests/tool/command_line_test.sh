@@ -45,7 +45,7 @@ check 'bad level' 2 '' '--fail-on' --fail-on fatal "$clean"
 check 'bad number' 2 '' '--keep-backups' --keep-backups -1 "$clean"
 check 'output is a file' 2 '' 'plain-file' -o plain-file "$clean"
 mkdir piped && mkfifo piped/UILandscape.db
-check 'a pipe as database' 2 '' 'it is no file' -o piped "$clean"
+check 'a pipe as database' 2 '' 'is not a file' -o piped "$clean"
 check 'controls in a wrong option' 2 '' '--no?[2J' $'--no\e[2J' "$clean"
 check 'output below a file' 2 '' 'plain-file/r' -o plain-file/r "$clean"
 check 'help' 0 'Exit codes' '' --help

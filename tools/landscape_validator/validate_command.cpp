@@ -208,6 +208,9 @@ private:
 
     bool KeepEarlierDatabase() {
         const std::string database = (fs::path(m_options.outputFolder) / "UILandscape.db").string();
+        if (IsNoFile(database)) {
+            return Fail("'" + database + "' is not a file, so the database cannot be made there");
+        }
         const std::string failure = SettleBeforeRun(database);
         std::string reason;
         if (!failure.empty()) {
@@ -334,8 +337,9 @@ private:
     ExitCode Tell(const SFindings& findings, const SPageCounts& pageCounts, bool pageWritten) {
         const std::string collected = Collect();
         const std::string page = CReport::PagePath(m_options.outputFolder);
-        if (m_options.openPage && pageWritten && !OpenInBrowser(page)) {
-            Fail("no program could be started that opens '" + page + "'");
+        std::string reason;
+        if (m_options.openPage && pageWritten && !OpenInBrowser(page, reason)) {
+            Fail("no program could be started that opens '" + page + "': " + reason);
         }
         return m_output.Write({m_files, &m_loader->GetOutcomes(), &findings, m_rules->GetRules(),
                                m_loader->GetEntryCount(), pageCounts,
