@@ -100,6 +100,13 @@ def limits(disk):
                        resource.RLIMIT_NOFILE, (count, count)))
         disk.next_works("after %d open files" % count)
     disk.refill()
+    (disk.disk / "out/UILandscape.db").unlink()
+    os.mkfifo(disk.disk / "out/UILandscape.db")
+    for arguments in (None, ["collect", "-o", "disk/out"]):
+        result = disk.run_tool(arguments)  # which must not wait for the pipe
+        disk.tell("a pipe in the database's place", [] if result.returncode == 2 and
+                  b"is not a file" in result.stderr else ["ends with %d" % result.returncode])
+    disk.refill()
     disk.check("/dev/full", [errno.ENOSPC], ["--output-file", "json=/dev/full", *ARGUMENTS], True)
 
 

@@ -122,9 +122,8 @@ TEST_F(CMemoryContractTest, NothingIsThrownAndTheObjectStaysUsable) {
     request.files.push_back({path, {}, {}});
     Sweep("CollectSupportFiles", [&] { return CollectSupportFiles(request).failure.empty(); });
     Sweep("ListSupportFiles", [&] { return ListSupportFiles(request).failure.empty(); });
-    Sweep("CDBProcessor::CollectSupportFiles", [&] {
-        return CDBProcessor::CollectSupportFiles(processor, m_folder.File("").c_str(), {});
-    });
+    Sweep("CDBProcessor::CollectSupportFiles",
+          [&] { return CDBProcessor::CollectSupportFiles(processor, folder, {}); });
 }
 
 /// What a loader could not add, the commit does not pass over.
