@@ -93,7 +93,9 @@ def limits(disk):
                    preexec_fn=lambda size=size: resource.setrlimit(
                        resource.RLIMIT_FSIZE, (size * 1024, resource.RLIM_INFINITY)))
         disk.next_works("after files of up to %d kB" % size)
-    for count in range(7, 24, STEP):
+    # To look at an object the sanitizers open a pipe, and take it for none when they cannot.
+    sanitized = b"__ubsan_handle" in pathlib.Path(disk.tool).read_bytes()
+    for count in range(7, 24, STEP) if not sanitized else ():
         disk.refill()
         disk.check("%d open files" % count, [errno.EMFILE],
                    preexec_fn=lambda count=count: resource.setrlimit(

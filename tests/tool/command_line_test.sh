@@ -167,7 +167,10 @@ bash -c 'trap "" XFSZ; ulimit -f 4 && exec "$0" -o cut "$1"' "$tool" "$clean" >o
 rm -rf cut
 mkfifo slow
 "$tool" -o cut slow >out.txt 2>err.txt &
-for _ in $(seq 100); do [ -e cut/UILandscape.db ] || sleep 0.1; done
+# Not before its first write is done, which would wait for the reader, too.
+for _ in $(seq 200); do
+  [ -s cut/UILandscape.db ] && [ ! -e cut/UILandscape.db-journal ] || sleep 0.1
+done
 sqlite3 -readonly cut/UILandscape.db >/dev/null <<END
 BEGIN;
 SELECT count(*) FROM sqlite_master;
