@@ -82,7 +82,8 @@ struct SSupportReport {
 /// nothing; for want of memory the failure is "out of memory" and the rest of the report is empty.
 NAXFEWXMLDB_EXPORT SSupportReport CollectSupportFiles(const SSupportRequest& request);
 
-/// What CollectSupportFiles would put into the archive; writes nothing and asks no registry. Throws nothing, as above.
+/// What CollectSupportFiles would put into the archive; writes nothing and asks no registry. Throws
+/// nothing, as above.
 NAXFEWXMLDB_EXPORT SSupportReport ListSupportFiles(const SSupportRequest& request);
 
 } // namespace Nax::FrontEnd::XMLDB
