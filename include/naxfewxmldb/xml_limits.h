@@ -32,9 +32,9 @@ struct NAXFEWXMLDB_EXPORT SXmlLimits {
 };
 
 /// Sets the limits of all documents that this process loads from now on, landscapes, rules, schemas
-/// and stylesheets alike. Documents that are loaded as a tree, as schemas and the library's own are,
-/// are never under smaller limits than by default. May be called from any thread; a load that is going on keeps the limits
-/// with which it began.
+/// and stylesheets alike. Documents that are loaded as a tree, as schemas and the library's own
+/// are, are never under smaller limits than by default. May be called from any thread; a load that
+/// is going on keeps the limits with which it began.
 NAXFEWXMLDB_EXPORT void SetXmlLimits(const SXmlLimits& limits);
 NAXFEWXMLDB_EXPORT SXmlLimits GetXmlLimits();
 
