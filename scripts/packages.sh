@@ -14,6 +14,7 @@ test_packages+=(bash-completion bsdextrautils man-db mandoc shellcheck python3-y
 test_packages+=(libbenchmark-dev libre2-dev)
 package_packages=(dpkg-dev file lintian)
 docs_packages=(doxygen mkdocs)
+coverage_packages=(gcovr python3)
 
 # ensure_packages NAME...: does nothing, not even ask the network, when all are there.
 ensure_packages() {

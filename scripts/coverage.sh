@@ -1,0 +1,26 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# Runs all tests on a build that counts lines, and writes what they reach to build/coverage/report:
+# index.html (each file, line by line), summary.json, unreached.txt (file:line of every line that no
+# test reaches). Fails when less of the code is reached than docs/guarantees.md promises.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+. scripts/packages.sh
+ensure_packages "${build_packages[@]}" "${test_packages[@]}" "${coverage_packages[@]}"
+
+promised=$(sed -n 's/^At least \([0-9]*\) % of the lines.*/\1/p' docs/guarantees.md)
+build_preset coverage
+find build/coverage -name '*.gcda' -delete
+ctest --preset coverage --quiet --output-log build/coverage/tests.log ||
+  { tail -n 60 build/coverage/tests.log >&2; exit 1; }
+
+report=build/coverage/report
+rm -rf "$report"
+mkdir -p "$report"
+gcovr --root . --filter 'src/' --filter 'tools/' --filter 'include/' \
+  --exclude-throw-branches --exclude-unreachable-branches --merge-mode-functions=separate \
+  -j "$(nproc)" --html-details "$report/index.html" --json-summary "$report/summary.json" \
+  --json "$report/lines.json" --fail-under-line "$promised" build/coverage >"$report/files.txt"
+python3 scripts/unreached_lines.py "$report/lines.json" >"$report/unreached.txt"
+tail -n 4 "$report/files.txt"
+echo "unreached: $(wc -l <"$report/unreached.txt") lines, in $report/unreached.txt"
