@@ -12,7 +12,14 @@ endfunction()
 function(complete component package)
   set(root "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/${component}")
   set(doc "${root}/usr/share/doc/${package}")
+  # Debian keeps the licence elsewhere; what the pages link must be there all the same.
   file(REMOVE "${doc}/LICENSE")
+  file(GLOB pages "${doc}/*.md")
+  foreach(page IN LISTS pages)
+    file(READ "${page}" text)
+    string(REPLACE "](LICENSE)" "](copyright)" text "${text}")
+    file(WRITE "${page}" "${text}")
+  endforeach()
   file(COPY "${debian}/copyright" DESTINATION "${doc}")
   configure_file("${debian}/changelog" "${doc}/changelog.Debian" COPYONLY)
   configure_file("${debian}/../../CHANGELOG.md" "${doc}/changelog" COPYONLY)
@@ -31,5 +38,17 @@ function(complete component package)
   endforeach()
 endfunction()
 
+# What the packed program and library are made of and linked with; read from the files themselves.
+function(write_bill_of_materials)
+  set(root "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/runtime")
+  find_program(python python3 REQUIRED)
+  execute_process(
+    COMMAND "${python}" -B "${debian}/../make_sbom.py" "${CPACK_NAXFEWXMLDB_BUILD_DIR}"
+            "${debian}/../.." "${CPACK_PACKAGE_VERSION}" "${root}"
+    OUTPUT_FILE "${root}/usr/share/doc/landscape-validator/landscape-validator.cdx.json"
+    COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+
 complete(runtime landscape-validator)
+write_bill_of_materials()
 complete(development libnaxfewxmldb-dev)

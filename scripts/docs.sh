@@ -13,7 +13,7 @@ rm -rf build/docs
 mkdir -p "$pages/site"
 # What the pages name outside of docs/ stands beside them on the site.
 cp -r docs/. examples "$pages"
-cp CHANGELOG.md CONTRIBUTING.md LICENSE "$pages"
+cp CHANGELOG.md CONTRIBUTING.md LICENSE SECURITY.md "$pages"
 cp packaging/site/*.css packaging/site/*.js "$pages/site"
 sed -i -E 's#\]\((\.\./|docs/)#](#g' "$pages"/*.md
 

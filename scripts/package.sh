@@ -24,6 +24,18 @@ as_user=()
 [ "$(id -u)" -ne 0 ] || as_user=(--allow-root)
 lintian "${as_user[@]}" --fail-on error,warning --tag-display-limit 0 --info \
   --suppress-tags initial-upload-closes-no-bugs build/package/packages/*.deb
+
+# What was packed, read again: how it was built, and its bill of materials.
+packed=build/package/packed
+rm -rf "$packed"
+for package in build/package/packages/*.deb; do dpkg-deb -x "$package" "$packed"; done
+tests/packaging/hardening_test.sh "$packed/usr/bin/landscape-validator" \
+  "$(find "$packed/usr/lib" -name 'libnaxfewxmldb.so.*' -type f)" "$packed/usr/include" -- packaged
+schemas=tests/packaging/node_modules/@cyclonedx/cyclonedx-library/res/schema
+[ -d "$schemas" ] || ! command -v npm >/dev/null ||
+  (cd tests/packaging && npm ci --no-audit --no-fund >/dev/null)
+[ -d "$schemas" ] || schemas=
+/usr/bin/python3 -B tests/packaging/package_test.py build/package/packages ${schemas:+"$schemas"}
 ls -l build/package/packages/*.deb
 if [ "${1:-}" = --install-test ]; then
   ensure_packages debootstrap

@@ -12,7 +12,9 @@ check_packages=(clang-format clang-tidy)
 test_packages+=(bash-completion bsdextrautils man-db mandoc shellcheck python3-yaml yamllint zsh)
 # For bench_parts, which clang-tidy reads too.
 test_packages+=(libbenchmark-dev libre2-dev)
-package_packages=(dpkg-dev file lintian)
+# For what a run starts and writes.
+test_packages+=(strace)
+package_packages=(binutils dpkg-dev file lintian python3 python3-jsonschema)
 docs_packages=(doxygen mkdocs)
 coverage_packages=(gcovr python3)
 

@@ -51,9 +51,11 @@ public:
 /// GetLastError; a failure keeps the connection open. SQL, names and values are UTF-8. Parameters
 /// count from 0.
 ///
-/// Threads: statements may run from several threads, which SQLite serialises. Only one
-/// transaction may be in progress in the whole process: the "transaction started" flag is shared
-/// by all connections.
+/// Threads: statements may run from several threads, which SQLite serialises; each recordset
+/// belongs to one of them. The "transaction started" flag is shared by all connections of the
+/// process, and making or closing any of them clears it: Commit and Rollback then fail with "No
+/// transaction started", and the transaction stays open. Begin and end transactions here from one
+/// connection at a time; CDBProcessor and CRulesProcessor commit their own in any case.
 class NAXFEWXMLDB_EXPORT IDatabase {
 public:
     virtual ~IDatabase() = default;

@@ -58,7 +58,17 @@ enum DBOperations : int {
 /// copies of a processor share all three and have their own texts, prefixes and queue.
 ///
 /// Threads: one at a time, except that both DB_ExecuteQuery forms, GetLastDBError and the other
-/// getters may be called from several threads. All processors of a process use one database file.
+/// getters may be called from several threads.
+///
+/// All processors of a process use one database file, and one of them makes it at a time. From
+/// `createDB` until its connection is closed (by UnInitialize, which the end of any copy calls) or
+/// the thread that called it has ended, `createDB` of a processor on another thread is refused, and
+/// so is `openDB` there when it would mean another file: both return false and GetLastDBError says
+/// so. Processors on one thread, one after the other, are never refused. On other threads, in
+/// Normal mode, processors may be made and closed at any time, open the same file to read it, and
+/// use databases in memory. Transactions of two processors at the same time are not supported.
+/// Where connections share a file, each wants "PRAGMA busy_timeout": without it a statement that
+/// meets another connection's fails at once, with "database is locked".
 ///
 /// Failure: every operation returns false, and GetLastDBError holds the block that says what
 /// failed, where and why. A failing statement does not stop the statements after it, except in
@@ -117,6 +127,11 @@ public:
     /// Whole content of a file; empty when it cannot be read.
     static _bstr_t GetFile(const _bstr_t& fileName);
     std::string GetLastDBError() const;
+    /// The first failure of the disk, the memory or the locks behind the database since it was
+    /// opened, whichever statement met it; empty without one. After it rows may be missing, also
+    /// from results of operations that reported success, because most failures of single
+    /// statements are only traced.
+    std::string GetStorageFailure() const;
     std::shared_ptr<CXsdToDDLMapper> GetMapper() const;
     DBMode GetMode() const;
     bool GetUseResources() const;
@@ -130,7 +145,8 @@ public:
     TextProcessor getTextProcessor() const;
     const TextProcessor& getTextProcessorRef() const;
 
-    /// Path of the database file, set by every Initialize of the process.
+    /// Path of the database file, set by every Initialize of the process. Where several threads
+    /// initialise processors, read it through GetDatabaseFileName, which is guarded.
     static std::string m_dbName;
 
 protected:
@@ -173,6 +189,8 @@ private:
     bool RecreateTable(const char* dropSql, const char* createSql, const char* deleteSql);
     bool CreateResultIds();
     bool Error(const char* errorBlock, const std::string& message);
+    /// The same with the database's message of an earlier moment.
+    bool Error(const char* errorBlock, const std::string& message, const char* cause);
 
     TextProcessor m_textProcessor;
     bool m_useResources;

@@ -11,6 +11,7 @@
 #include <naxfewxmldb/db_processor.h>
 #include <naxfewxmldb/known_folders.h>
 #include <naxfewxmldb/link_table_properties.h>
+#include <naxfewxmldb/memory.h>
 #include <naxfewxmldb/record_loader.h>
 #include <naxfewxmldb/regexp.h>
 #include <naxfewxmldb/result_codes.h>
@@ -20,5 +21,6 @@
 #include <naxfewxmldb/text_types.h>
 #include <naxfewxmldb/xml_document.h>
 #include <naxfewxmldb/xml_element_sink.h>
+#include <naxfewxmldb/xml_limits.h>
 #include <naxfewxmldb/xml_xsd_validator.h>
 #include <naxfewxmldb/xsd_to_ddl_mapper.h>

@@ -34,8 +34,9 @@ struct SRecordValue {
 ///     processor.Process(Commit, ...);
 ///
 /// A record that fails is reported by the commit, as a queued one is; those after it are not
-/// inserted. The processor must outlive the loader, and nobody else uses it between Begin and End.
-/// One thread at a time, which need not be that of the processor.
+/// inserted. The processor must outlive the loader, and nobody else uses it between Begin and End:
+/// its one connection would take their statements into the transaction. Other processors of the
+/// process do not disturb it. One thread at a time, which need not be that of the processor.
 class NAXFEWXMLDB_EXPORT CRecordLoader {
 public:
     static constexpr std::size_t kNone = static_cast<std::size_t>(-1);

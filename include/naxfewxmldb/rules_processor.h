@@ -32,7 +32,8 @@ using SchemaFindings = std::map<_bstr_t, SchemaFinding>;
 /// and files and exports them as JSON, report page and XML summary.
 ///
 /// Order of calls: construct, LoadRules, Execute, PreProcess, PostProcess, GenerateReport. Shares
-/// the database processor with its rules. One thread at a time; exports run on threads of their
+/// the database processor with its rules. One thread at a time, and one rules processor at a time
+/// in the process: two would fill the same tables, page and folder. Exports run on threads of their
 /// own, which have ended when the call returns. Failures are traced and reported as false; failing
 /// statements never stop those after them.
 class NAXFEWXMLDB_EXPORT CRulesProcessor {
@@ -116,6 +117,9 @@ public:
     /// first export; every later export of any rules processor goes on with them. Call this before
     /// an export that shall have a report of its own, while no export is running.
     static void StartNewReport();
+    /// The first file since then that could not be written, by any export or GenerateReport, and
+    /// why; empty when all could be.
+    static std::string GetReportFailure();
 
 private:
     bool ReadRules();

@@ -32,7 +32,9 @@ struct SSupportLandscapeFile {
 
 /// What to collect, and where.
 struct SSupportRequest {
-    std::string folder;   ///< the collection folder; archive and working folders are made inside it
+    std::string folder; ///< the collection folder, in which the archive is made
+    /// An existing folder for the working folders; empty means the collection folder.
+    std::string workFolder;
     std::string database; ///< path of the database file
     std::vector<SSupportLandscapeFile> files;
     /// Collect nothing when one of the working folders' names is taken. Otherwise a folder of such
@@ -60,6 +62,8 @@ struct SSupportReport {
     std::string archive; ///< path of the archive
     std::string failure; ///< why there is none; empty when it was made
     std::vector<SSupportFile> files;
+    /// Something that is there could not be put in, because the system has no room or no means.
+    bool incomplete = false;
     std::vector<std::string> warnings; ///< registry queries without an answer and the like
     std::vector<std::string> removed;  ///< names of archives that were removed for their age
 };

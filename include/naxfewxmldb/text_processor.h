@@ -34,6 +34,14 @@ public:
     /// Replaces each character of the XML escape table once.
     std::string EscapeXml(std::string_view text) const;
 
+    /// True for what a terminal obeys, and for what turns the order of the text around it, ends its
+    /// line or cannot be seen: control characters of both sets, marks of direction, separators of
+    /// lines and paragraphs, and blanks without width other than the joiners, which scripts need.
+    static bool IsControl(char32_t character);
+    /// A question mark for each such character that is not in `kept`. What is no UTF-8 becomes
+    /// U+FFFD.
+    static std::string ReplaceControls(std::string_view text, std::string_view kept);
+
     /// Without leading or trailing blanks and white space characters.
     std::string_view TrimLeft(std::string_view text) const;
     std::string_view TrimRight(std::string_view text) const;

@@ -9,7 +9,7 @@
 
 namespace Nax::FrontEnd::XMLDB {
 
-/// What the loading of records needs of a connection beyond IDatabase.
+/// What the processor needs of a connection beyond IDatabase.
 class IBoundInsertRunner {
 public:
     virtual ~IBoundInsertRunner() = default;
@@ -21,6 +21,9 @@ public:
     virtual bool ExecuteBoundInsert(std::string_view sql) = 0;
     /// Lets go of the prepared statements, which would keep the connection from closing.
     virtual void ReleaseBoundInserts() = 0;
+    /// The first failure of the disk, the memory or the locks behind the database since it was
+    /// opened, whoever's statement met it; empty without one.
+    virtual std::string GetStorageFailure() = 0;
     /// Null when `sql`, an INSERT with one parameter a column, cannot be prepared.
     virtual std::unique_ptr<IRecordInsert> PrepareRecordInsert(const std::string& sql) = 0;
 };

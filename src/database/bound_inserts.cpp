@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-#include <sqlite3.h>
+#include "database/sqlite_memory.h"
 
 namespace Nax::FrontEnd::XMLDB {
 
@@ -27,7 +27,7 @@ bool CBoundInserts::Execute(sqlite3* connection, std::string_view sql) {
     if (statement == nullptr) {
         return false;
     }
-    const bool done = Bind(statement) && sqlite3_step(statement) == SQLITE_DONE;
+    const bool done = Bind(statement) && Noted(sqlite3_step(statement)) == SQLITE_DONE;
     sqlite3_reset(statement);
     return done;
 }
@@ -53,8 +53,8 @@ sqlite3_stmt* CBoundInserts::FindStatement(sqlite3* connection) {
             return nullptr;
         }
         sqlite3_stmt* prepared = nullptr;
-        if (sqlite3_prepare_v3(connection, key.c_str(), -1, SQLITE_PREPARE_PERSISTENT, &prepared,
-                               nullptr) != SQLITE_OK) {
+        if (Noted(sqlite3_prepare_v3(connection, key.c_str(), -1, SQLITE_PREPARE_PERSISTENT,
+                                     &prepared, nullptr)) != SQLITE_OK) {
             return nullptr;
         }
         found = m_statements.emplace(key, Statement(prepared)).first;
@@ -84,7 +84,7 @@ bool CBoundInserts::Bind(sqlite3_stmt* statement) const {
                 break;
             }
         }
-        if (result != SQLITE_OK) {
+        if (Noted(result) != SQLITE_OK) {
             return false;
         }
     }

@@ -3,10 +3,11 @@
 
 #include "database/sqlite_record_insert.h"
 #include "database/sqlite_recordset.h"
+#include "database/storage_failures.h"
 
 #include <naxfewxmldb/regexp.h>
 
-#include <sqlite3.h>
+#include "database/sqlite_memory.h"
 
 namespace Nax::FrontEnd::XMLDB {
 
@@ -52,16 +53,20 @@ bool CSQLiteDatabase::Fail(const CStringA& message) {
 bool CSQLiteDatabase::Open(const char* path, const char* /*user*/, const char* /*password*/) {
     CStringA message;
     sqlite3* connection = nullptr;
-    if (sqlite3_open(path, &connection) != SQLITE_OK) {
+    if (Noted(sqlite3_open(path, &connection)) != SQLITE_OK) {
+        m_openFailure =
+            connection == nullptr ? "out of memory" : CStorageFailures::Describe(connection);
         sqlite3_close(connection);
         m_connection = nullptr;
         message.Format("Failed to open database: '%s'", path);
         return Fail(message);
     }
+    CStorageFailures::Forget(connection);
+    m_openFailure.clear();
     // Link rows carry their values in double quotes, which a build may not take as texts.
     sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DML, 1, nullptr);
     m_fileName = path;
-    const int registered = sqlite3_regexp_init(connection);
+    const int registered = Noted(sqlite3_regexp_init(connection));
     if (registered != SQLITE_OK) {
         m_connection = nullptr;
         message.Format("Failed to initialize regexp. Error: '%d'", registered);
@@ -76,6 +81,7 @@ bool CSQLiteDatabase::Close() {
         return false;
     }
     ReleaseBoundInserts();
+    CStorageFailures::Forget(m_connection);
     const bool closed = sqlite3_close(m_connection) == SQLITE_OK;
     if (closed) {
         CStringA message;
@@ -96,9 +102,10 @@ bool CSQLiteDatabase::Execute(const CStringA& sql) {
         return false;
     }
     char* message = nullptr;
-    if (sqlite3_exec(m_connection, sql, nullptr, nullptr, &message) == SQLITE_OK) {
+    if (Noted(sqlite3_exec(m_connection, sql, nullptr, nullptr, &message)) == SQLITE_OK) {
         return true;
     }
+    CStorageFailures::Note(m_connection);
     Fail(message);
     sqlite3_free(message);
     return false;
@@ -113,11 +120,12 @@ bool CSQLiteDatabase::ExecuteQuery(const char* sql, std::shared_ptr<IRecordset>&
     CStringA message;
     {
         const CConnectionGuard guard(m_connection);
-        if (sqlite3_prepare_v2(m_connection, sql, -1, &created->m_statement, nullptr) ==
+        if (Noted(sqlite3_prepare_v2(m_connection, sql, -1, &created->m_statement, nullptr)) ==
             SQLITE_OK) {
             return true;
         }
         message = sqlite3_errmsg(m_connection);
+        CStorageFailures::Note(m_connection);
     }
     Fail(message);
     created->Close();
@@ -170,7 +178,10 @@ void* CSQLiteDatabase::GetExtension() {
 
 CStringA CSQLiteDatabase::GetLastError() {
     // Read before the lock is taken: a thread with a lock of ours may wait for the connection.
-    CStringA message = ReadMessage(m_connection);
+    // Without a connection SQLite only knows that there is none, and says "out of memory".
+    CStringA message = m_connection == nullptr && !m_openFailure.empty()
+                           ? CStringA(m_openFailure.c_str())
+                           : ReadMessage(m_connection);
     const std::lock_guard lock(m_lastErrorMutex);
     m_lastError = message;
     return message;
@@ -188,6 +199,7 @@ bool CSQLiteDatabase::InsertBlob(const char* sql, const void* data, int size) {
         statement = nullptr;
     }
     if (!inserted) {
+        Noted(sqlite3_errcode(m_connection));
         GetLastError();
     }
     sqlite3_finalize(statement);
@@ -200,6 +212,10 @@ bool CSQLiteDatabase::ExecuteBoundInsert(std::string_view sql) {
 
 void CSQLiteDatabase::ReleaseBoundInserts() {
     m_boundInserts.Clear();
+}
+
+std::string CSQLiteDatabase::GetStorageFailure() {
+    return IsConnected() ? CStorageFailures::First(m_connection) : std::string();
 }
 
 std::unique_ptr<IRecordInsert> CSQLiteDatabase::PrepareRecordInsert(const std::string& sql) {

@@ -54,6 +54,7 @@ public:
 
     bool ExecuteBoundInsert(std::string_view sql) override;
     void ReleaseBoundInserts() override;
+    std::string GetStorageFailure() override;
     std::unique_ptr<IRecordInsert> PrepareRecordInsert(const std::string& sql) override;
 
     /// Null when closed; stays this object's.
@@ -69,6 +70,7 @@ private:
 
     CStringA m_fileName;
     CStringA m_lastError;
+    std::string m_openFailure; ///< why the latest Open failed; empty when it did not
     sqlite3* m_connection = nullptr;
     std::mutex m_lastErrorMutex;
     CBoundInserts m_boundInserts;

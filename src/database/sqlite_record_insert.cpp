@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "database/sqlite_record_insert.h"
 
+#include "database/storage_failures.h"
+
 #include <cstddef>
 
-#include <sqlite3.h>
+#include "database/sqlite_memory.h"
 
 namespace Nax::FrontEnd::XMLDB {
 
@@ -31,15 +33,18 @@ CSQLiteRecordInsert::CSQLiteRecordInsert(sqlite3_stmt* statement) : m_statement(
 std::unique_ptr<IRecordInsert> CSQLiteRecordInsert::Prepare(sqlite3* connection,
                                                             const std::string& sql) {
     sqlite3_stmt* statement = nullptr;
-    if (sqlite3_prepare_v3(connection, sql.c_str(), -1, SQLITE_PREPARE_PERSISTENT, &statement,
-                           nullptr) != SQLITE_OK) {
+    if (Noted(sqlite3_prepare_v3(connection, sql.c_str(), -1, SQLITE_PREPARE_PERSISTENT, &statement,
+                                 nullptr)) != SQLITE_OK) {
         return nullptr;
     }
     return std::unique_ptr<IRecordInsert>(new CSQLiteRecordInsert(statement));
 }
 
 bool CSQLiteRecordInsert::Run(std::span<const SRecordValue> values) {
-    const bool done = Bind(values) && sqlite3_step(m_statement.get()) == SQLITE_DONE;
+    const bool done = Bind(values) && Noted(sqlite3_step(m_statement.get())) == SQLITE_DONE;
+    if (!done) {
+        CStorageFailures::Note(sqlite3_db_handle(m_statement.get()));
+    }
     sqlite3_reset(m_statement.get());
     return done;
 }
@@ -66,7 +71,7 @@ bool CSQLiteRecordInsert::Bind(std::span<const SRecordValue> values) {
                                       length * sizeof(char16_t), SQLITE_STATIC, SQLITE_UTF16)
                 : sqlite3_bind_text64(m_statement.get(), parameter, value.text.data(), length,
                                       SQLITE_STATIC, SQLITE_UTF8);
-        if (result != SQLITE_OK) {
+        if (Noted(result) != SQLITE_OK) {
             return false;
         }
         wide += length;

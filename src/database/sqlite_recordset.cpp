@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "database/sqlite_recordset.h"
 
+#include "database/storage_failures.h"
+
 #include <cstdlib>
 #include <cstring>
 
-#include <sqlite3.h>
+#include "database/sqlite_memory.h"
 
 namespace Nax::FrontEnd::XMLDB {
 
@@ -20,7 +22,9 @@ bool CSQLiteRecordset::GetBlob(int column, void*& data, int& size) {
         return true;
     }
     void* copy = std::malloc(static_cast<std::size_t>(size));
-    if (copy == nullptr) {
+    if (copy == nullptr || blob == nullptr) {
+        std::free(copy);
+        NoteFailedAllocation();
         return false;
     }
     std::memcpy(copy, blob, static_cast<std::size_t>(size));
@@ -35,6 +39,7 @@ bool CSQLiteRecordset::GetBlob(const char* name, void*& data, int& size) {
 CStringA CSQLiteRecordset::GetString(int column) {
     const unsigned char* text = sqlite3_column_text(m_statement, column);
     if (text == nullptr) {
+        NoteConnection(m_statement);
         return {};
     }
     return {reinterpret_cast<const char*>(text), sqlite3_column_bytes(m_statement, column)};
@@ -100,8 +105,14 @@ int CSQLiteRecordset::GetColumnIndex(const char* name) {
 }
 
 bool CSQLiteRecordset::MoveNext() {
-    const int result = sqlite3_step(m_statement);
-    return result == SQLITE_ROW || result == SQLITE_OK;
+    const int result = Noted(sqlite3_step(m_statement));
+    if (result == SQLITE_ROW || result == SQLITE_OK) {
+        return true;
+    }
+    if (result != SQLITE_DONE && m_statement != nullptr) {
+        CStorageFailures::Note(sqlite3_db_handle(m_statement));
+    }
+    return false;
 }
 
 void CSQLiteRecordset::Close() {

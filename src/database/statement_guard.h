@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "database/guard_policy.h"
+
 #include <chrono>
 #include <memory>
 #include <optional>
@@ -30,8 +32,6 @@ class IDatabase;
 ///
 /// The connection must outlive the guard, and nobody else may use it while the guard lives. Not for
 /// use by several threads. No statement of the guard throws; failures are told by GetFailure.
-enum class GuardAccess { ReadOnly, InsertResults };
-
 class CStatementGuard {
 public:
     using Deadline = std::chrono::steady_clock::time_point;

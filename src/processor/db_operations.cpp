@@ -9,8 +9,10 @@
 #include "support/format.h"
 #include "support/text_conversion.h"
 #include "support/trace.h"
+#include "support/within_memory.h"
 
 #include <exception>
+#include <new>
 
 namespace Nax::FrontEnd::XMLDB {
 
@@ -59,14 +61,17 @@ bool CDBProcessor::Process(DBOperations operation, const std::basic_stringstream
         NAX_TRACE(kClass, "Operation: %s, sdata: '%s'\n", DBOperationName(operation), text.c_str());
         result = Dispatch(operation, text);
     } catch (const std::exception& exception) {
-        result = Error(kProcessError, exception.what());
+        result = WithinMemory([&] { return Error(kProcessError, exception.what()); });
+        if (dynamic_cast<const std::bad_alloc*>(&exception) != nullptr) {
+            NoteFailedAllocation();
+        }
     }
     NAX_TRACE(kClass, "CDBProcessor::Process, operation: %s, result: %d\n",
               DBOperationName(operation), static_cast<int>(result));
     return result;
 }
 
-bool CDBProcessor::Process(DBOperations operation, const SLinkTableProperties& properties) {
+bool CDBProcessor::Process(DBOperations operation, const SLinkTableProperties& properties) try {
     if (m_dataMapped) {
         return Error(kProcessError, "Data mapping already done");
     }
@@ -80,6 +85,8 @@ bool CDBProcessor::Process(DBOperations operation, const SLinkTableProperties& p
     }
     NAX_TRACE(kClass, "Result: %d\n", static_cast<int>(result));
     return result;
+} catch (...) {
+    return FailWithoutMemory();
 }
 
 bool CDBProcessor::Dispatch(DBOperations operation, const std::string& text) {
@@ -149,7 +156,7 @@ bool CDBProcessor::CreateResultIds() {
     return result;
 }
 
-bool CDBProcessor::DB_ExecuteQuery(const char* sql) {
+bool CDBProcessor::DB_ExecuteQuery(const char* sql) try {
     {
         // The connection's message belongs to its latest statement: nobody may come between.
         const std::lock_guard lock(*m_errorMutex);
@@ -163,6 +170,8 @@ bool CDBProcessor::DB_ExecuteQuery(const char* sql) {
     }
     NAX_TRACE(kClass, "DB_ExecuteQuery: '%s', result: %d\n", sql, 1);
     return true;
+} catch (...) {
+    return FailWithoutMemory();
 }
 
 bool CDBProcessor::DB_ExecuteQuery(const std::string& sql, IBoundInsertRunner* boundInserts) {
@@ -173,7 +182,7 @@ bool CDBProcessor::DB_ExecuteQuery(const std::string& sql, IBoundInsertRunner* b
     return true;
 }
 
-bool CDBProcessor::DB_ExecuteQuery(const char* sql, std::shared_ptr<IRecordset>& recordset) {
+bool CDBProcessor::DB_ExecuteQuery(const char* sql, std::shared_ptr<IRecordset>& recordset) try {
     {
         const std::lock_guard lock(*m_errorMutex);
         if (m_database == nullptr || !m_database->ExecuteQuery(sql, recordset)) {
@@ -187,18 +196,22 @@ bool CDBProcessor::DB_ExecuteQuery(const char* sql, std::shared_ptr<IRecordset>&
     NAX_TRACE(kClass, "DB_ExecuteQuery: %s, result: %d, pRecordset: %d\n", sql, 1,
               static_cast<int>(recordset != nullptr));
     return true;
+} catch (...) {
+    return FailWithoutMemory();
 }
 
 bool CDBProcessor::Error(const char* errorBlock, const std::string& message) {
     const std::lock_guard lock(*m_errorMutex);
+    const CStringA cause = m_database == nullptr ? CStringA() : m_database->GetLastError();
+    return Error(errorBlock, message, cause.GetString());
+}
+
+bool CDBProcessor::Error(const char* errorBlock, const std::string& message, const char* cause) {
+    const std::lock_guard lock(*m_errorMutex);
     std::string text = errorBlock;
-    text.append("Database: ").append(m_dbName).append("\n");
+    text.append("Database: ").append(GetDatabaseFileName()).append("\n");
     text.append(message).append("\n");
-    text.append("SQLite error: ");
-    if (m_database != nullptr) {
-        text.append(m_database->GetLastError().GetString());
-    }
-    text.append("\n===========\n");
+    text.append("SQLite error: ").append(cause).append("\n===========\n");
     m_lastDBError = std::move(text);
     NAX_TRACE_ERROR(kClass, "%s\n", m_lastDBError.c_str());
     return false;

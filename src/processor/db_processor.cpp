@@ -7,11 +7,13 @@
 #include "database/sqlite_database.h"
 #include "platform/files.h"
 #include "platform/known_folders.h"
+#include "processor/database_claim.h"
 #include "processor/error_blocks.h"
 #include "processor/operation_names.h"
 #include "support/bstr_text.h"
 #include "support/file_utils.h"
 #include "support/trace.h"
+#include "support/within_memory.h"
 
 namespace Nax::FrontEnd::XMLDB {
 
@@ -19,6 +21,8 @@ namespace {
 
 constexpr char kClass[] = "Nax::FrontEnd::XMLDB::CDBProcessor";
 constexpr char kDatabaseFile[] = "UILandscape.db";
+constexpr char kClaimed[] =
+    "Another thread of this process works on the database; one processor at a time can make it";
 
 } // namespace
 
@@ -40,16 +44,22 @@ CDBProcessor::CDBProcessor(bool useResources, DBMode mode, const _bstr_t& xsdFil
 }
 
 CDBProcessor::~CDBProcessor() {
-    UnInitialize();
+    WithinMemory([this] {
+        UnInitialize();
+        return true;
+    });
 }
 
 bool CDBProcessor::Initialize(bool backup) {
-    m_dbName = JoinPath(GetKnownFolder(CSIDL_LOCAL_APPDATA), kDatabaseFile);
-    NAX_TRACE(kClass, "Database file name: %s\n", m_dbName.c_str());
-    if (backup) {
-        DB_CreateBackup(m_dbName, true);
+    const std::string path = JoinPath(GetKnownFolder(CSIDL_LOCAL_APPDATA), kDatabaseFile);
+    if (!CDatabaseClaim::OfProcess().Enter(m_database.get(), backup, path, m_dbName)) {
+        return Error(kInitializeError, kClaimed);
     }
-    const bool connected = m_database != nullptr && m_database->Open(m_dbName.c_str(), "", "");
+    NAX_TRACE(kClass, "Database file name: %s\n", path.c_str());
+    if (backup) {
+        DB_CreateBackup(path, true);
+    }
+    const bool connected = m_database != nullptr && m_database->Open(path.c_str(), "", "");
     NAX_TRACE(kClass, "Connect: %d\n", static_cast<int>(connected));
     if (!connected) {
         return Error(kInitializeError, "Failed to open database");
@@ -65,6 +75,7 @@ void CDBProcessor::UnInitialize() {
             m_database->Commit();
         }
         m_database->Close();
+        CDatabaseClaim::OfProcess().Leave(m_database.get());
         m_database.reset();
     }
     m_mapper.reset();
@@ -76,7 +87,7 @@ std::shared_ptr<IDatabase> CDBProcessor::GetDatabase() const {
 }
 
 std::string CDBProcessor::GetDatabaseFileName() const {
-    return m_dbName;
+    return CDatabaseClaim::OfProcess().Read(m_dbName);
 }
 
 _bstr_t CDBProcessor::GetFile(const _bstr_t& fileName) {
@@ -86,6 +97,11 @@ _bstr_t CDBProcessor::GetFile(const _bstr_t& fileName) {
 std::string CDBProcessor::GetLastDBError() const {
     const std::lock_guard lock(*m_errorMutex);
     return m_lastDBError;
+}
+
+std::string CDBProcessor::GetStorageFailure() const {
+    auto* database = dynamic_cast<IBoundInsertRunner*>(m_database.get());
+    return database == nullptr ? std::string() : database->GetStorageFailure();
 }
 
 std::shared_ptr<CXsdToDDLMapper> CDBProcessor::GetMapper() const {

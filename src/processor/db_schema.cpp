@@ -4,6 +4,7 @@
 #include <naxfewxmldb/xsd_to_ddl_mapper.h>
 
 #include "database/bound_insert_runner.h"
+#include "database/own_transaction.h"
 #include "platform/files.h"
 #include "processor/error_blocks.h"
 #include "processor/operation_names.h"
@@ -78,7 +79,7 @@ bool CDBProcessor::DB_Commit() {
         return false;
     }
     m_directLoad = false;
-    const bool committed = m_database->Commit();
+    const bool committed = CommitOwnTransaction(*m_database);
     const CStringA cause = committed ? CStringA() : m_database->GetLastError();
     NAX_TRACE(kClass, "DB_Commit: Commit transaction: %d\n", static_cast<int>(committed));
     DB_Post_Update();
@@ -87,8 +88,7 @@ bool CDBProcessor::DB_Commit() {
     m_mode = Normal;
     if (!committed) {
         // The failures of the post-update follow from this one, which is what a reader needs.
-        Error(kExecuteError,
-              std::string("Failed execute query : commit;\nCause: ") + cause.GetString());
+        Error(kExecuteError, "Failed execute query : commit;", cause.GetString());
     }
     return committed;
 }

@@ -6,6 +6,7 @@
 #include "database/bound_insert_runner.h"
 #include "database/record_insert.h"
 #include "support/trace.h"
+#include "support/within_memory.h"
 
 #include <map>
 #include <vector>
@@ -50,7 +51,7 @@ CRecordLoader::CRecordLoader(CDBProcessor& processor)
 
 CRecordLoader::~CRecordLoader() = default;
 
-bool CRecordLoader::Begin() {
+bool CRecordLoader::Begin() try {
     auto* runner = dynamic_cast<IBoundInsertRunner*>(m_processor.m_database.get());
     if (runner == nullptr || TraceDetail::IsOn(static_cast<int>(TraceKind::Plain)) ||
         !m_processor.BeginDirectLoad()) {
@@ -58,6 +59,8 @@ bool CRecordLoader::Begin() {
     }
     m_tables->runner = runner;
     return true;
+} catch (...) {
+    return FailWithoutMemory();
 }
 
 std::size_t CRecordLoader::FindTable(const std::string& element) {
@@ -89,9 +92,15 @@ void CRecordLoader::Add(std::size_t table, std::span<const SRecordValue> values)
         return;
     }
     const STables::STable& target = m_tables->tables.at(table);
-    if (target.insert == nullptr || !target.insert->Run(values)) {
-        m_processor.FailDirectLoad(MakeStatement(target.prefix, target.columns, values,
-                                                 m_processor.getTextProcessorRef()));
+    const bool inserted =
+        WithinMemory([&] { return target.insert != nullptr && target.insert->Run(values); });
+    if (!inserted && !WithinMemory([&] {
+            m_processor.FailDirectLoad(MakeStatement(target.prefix, target.columns, values,
+                                                     m_processor.getTextProcessorRef()));
+            return true;
+        })) {
+        // Short enough to need no memory: the commit must not pass over a record that is missing.
+        m_processor.m_failedRecord = "a record";
     }
 }
 

@@ -8,6 +8,7 @@
 #include "support/trace.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <ctime>
 
@@ -21,6 +22,23 @@ constexpr char kKey[] = "nax";
 constexpr char kCancelled[] = "The collection was cancelled";
 constexpr std::time_t kOldestArchive = std::time_t{30} * 24 * 60 * 60;
 constexpr DWORD kWaitStep = 100;
+
+/// True for what is no property of the file or program in question.
+bool IsOfSystem(DWORD code) {
+    switch (static_cast<int>(code)) {
+        case EDQUOT:
+        case EFBIG:
+        case EIO:
+        case EMFILE:
+        case ENFILE:
+        case ENOMEM:
+        case ENOSPC:
+        case EROFS:
+            return true;
+        default:
+            return false;
+    }
+}
 
 /// The command interpreter takes a path with blanks in quotes only.
 std::string Quoted(const std::string& path) {
@@ -69,7 +87,9 @@ SSupportReport CSupportCollector::List() {
     FindTakenNames();
     for (const SPlannedFile& planned : PlanSupportFiles(m_request)) {
         SFileCheck check;
-        if (planned.text.has_value()) {
+        if (!planned.problem.empty()) {
+            check.problem = planned.problem;
+        } else if (planned.text.has_value()) {
             check.size = planned.text->size();
         } else {
             check = CheckRegularFile(planned.source, planned.links);
@@ -91,8 +111,8 @@ bool CSupportCollector::IsReady() {
 bool CSupportCollector::FindTakenNames() {
     std::string names;
     for (const char* name : kSupportFolders) {
-        if (m_request.keepExistingFolders && WhatStandsAt(InFolder(name)) != NameKind::Free) {
-            names += (names.empty() ? "'" : ", '") + InFolder(name) + '\'';
+        if (m_request.keepExistingFolders && WhatStandsAt(InWorkFolder(name)) != NameKind::Free) {
+            names += (names.empty() ? "'" : ", '") + InWorkFolder(name) + '\'';
         }
     }
     if (!names.empty()) {
@@ -105,12 +125,13 @@ bool CSupportCollector::FindTakenNames() {
 
 void CSupportCollector::MakeFolders() {
     for (const char* name : kSupportFolders) {
-        const std::string path = InFolder(name);
+        const std::string path = InWorkFolder(name);
         // What an earlier collection has left must not get into this one.
         RemoveFolder(path);
         if (CreatePrivateFolder(path)) {
             m_folders.emplace_back(name);
         } else {
+            m_report.incomplete = true;
             m_report.warnings.push_back("cannot make the folder '" + path +
                                         "': " + SystemMessage(::GetLastError()));
         }
@@ -130,10 +151,15 @@ void CSupportCollector::CopyFiles() {
 
 void CSupportCollector::CopyFile(const SPlannedFile& planned) {
     SFileCheck check;
+    if (!planned.problem.empty()) {
+        check.problem = planned.problem;
+        AddToReport(planned, check);
+        return;
+    }
     if (planned.name.empty()) {
         check = CheckRegularFile(planned.source, planned.links);
     } else {
-        const std::string target = InFolder(std::string(planned.folder) + '/' + planned.name);
+        const std::string target = InWorkFolder(std::string(planned.folder) + '/' + planned.name);
         if (!planned.text.has_value()) {
             check = CopyRegularFile(planned.source, target, planned.links);
         } else if (Utils::CFUtils::ToFile(target, *planned.text) != 0) {
@@ -143,6 +169,10 @@ void CSupportCollector::CopyFile(const SPlannedFile& planned) {
         }
     }
     if (!check.problem.empty()) {
+        // What can be read all the same has only not been copied.
+        m_report.incomplete =
+            m_report.incomplete || planned.text.has_value() ||
+            (check.found && CheckRegularFile(planned.source, planned.links).problem.empty());
         NAX_TRACE_ERROR(kClass, "Not collected: '%s': %s\n", planned.source.c_str(),
                         check.problem.c_str());
     }
@@ -170,19 +200,23 @@ void CSupportCollector::RunQueries() {
     if (!IsOurs(kRegistryFolder)) {
         return;
     }
-    const std::string output = InFolder(std::string(kRegistryFolder) + '/' + kRegistryFile);
+    const std::string output = InWorkFolder(std::string(kRegistryFolder) + '/' + kRegistryFile);
     for (const char* query : kRegistryQueries) {
         if (!IsCancelled()) {
             RunQuery(query, output);
         }
     }
-    AddToReport(PlanRegistryFile(), CheckRegularFile(output, LinkRule::Refuse));
+    const SFileCheck check = CheckRegularFile(output, LinkRule::Refuse);
+    m_report.incomplete = m_report.incomplete || (check.found && !check.problem.empty());
+    AddToReport(PlanRegistryFile(), check);
 }
 
 void CSupportCollector::RunQuery(const std::string& query, const std::string& output) {
     const std::unique_ptr<IShellProcess> process = StartShellCommand("cmd", query + Quoted(output));
     if (process == nullptr) {
-        WarnOfQuery(query, SystemMessage(::GetLastError()));
+        const DWORD code = ::GetLastError();
+        m_report.incomplete = m_report.incomplete || IsOfSystem(code);
+        WarnOfQuery(query, SystemMessage(code));
         return;
     }
     // In steps, so that a cancelled collection does not wait to the end.
@@ -217,9 +251,9 @@ void CSupportCollector::WriteZip() {
         for (SSupportFile& file : m_report.files) {
             if (file.problem.empty() && file.name.starts_with(folder + '/')) {
                 // A later file of the same name may have failed and taken the copy with it.
-                file.problem = CheckRegularFile(InFolder(file.name), LinkRule::Refuse).problem;
+                file.problem = CheckRegularFile(InWorkFolder(file.name), LinkRule::Refuse).problem;
                 if (file.problem.empty()) {
-                    entries.push_back({file.name, InFolder(file.name)});
+                    entries.push_back({file.name, InWorkFolder(file.name)});
                 }
             }
         }
@@ -243,9 +277,9 @@ void CSupportCollector::RemoveOldArchives() {
 
 void CSupportCollector::RemoveWorkingFolders() {
     for (const std::string& folder : m_folders) {
-        if (!RemoveFolder(InFolder(folder))) {
-            m_report.warnings.push_back("cannot remove the working folder '" + InFolder(folder) +
-                                        "'");
+        if (!RemoveFolder(InWorkFolder(folder))) {
+            m_report.warnings.push_back("cannot remove the working folder '" +
+                                        InWorkFolder(folder) + "'");
         }
     }
 }
@@ -256,6 +290,10 @@ bool CSupportCollector::IsCancelled() const {
 
 std::string CSupportCollector::InFolder(const std::string& name) const {
     return JoinPath(m_request.folder, name);
+}
+
+std::string CSupportCollector::InWorkFolder(const std::string& name) const {
+    return JoinPath(m_request.workFolder.empty() ? m_request.folder : m_request.workFolder, name);
 }
 
 bool CSupportCollector::IsOurs(const std::string& folder) const {

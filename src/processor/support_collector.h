@@ -37,6 +37,7 @@ private:
     void AddToReport(const SPlannedFile& planned, const SFileCheck& check);
     bool IsCancelled() const;
     std::string InFolder(const std::string& name) const;
+    std::string InWorkFolder(const std::string& name) const;
     bool IsOurs(const std::string& folder) const;
 
     const SSupportRequest& m_request;

@@ -2,7 +2,7 @@
 // Support opens the archive on whatever system it has, so a name must be harmless on all of them.
 #include "processor/support_file_name.h"
 
-#include "support/text_conversion.h"
+#include <naxfewxmldb/text_processor.h>
 
 #include <algorithm>
 #include <array>
@@ -77,11 +77,10 @@ std::string PlainFileName(std::string_view path) {
     if (separator != std::string_view::npos) {
         path.remove_prefix(separator + 1);
     }
-    // Once there and back: what is not UTF-8 is replaced.
-    std::string name = ToUtf8(ToWide(path));
+    // A question mark is forbidden, too, and so replaced again.
+    std::string name = TextProcessor::ReplaceControls(path, {});
     for (char& character : name) {
-        const auto byte = static_cast<unsigned char>(character);
-        if (byte < 0x20 || byte == 0x7F || kForbidden.find(character) != std::string_view::npos) {
+        if (kForbidden.find(character) != std::string_view::npos) {
             character = '_';
         }
     }

@@ -39,7 +39,14 @@ void PlanFolder(const SFixedSource& source, std::vector<SPlannedFile>& plan) {
     SPlannedFile planned;
     planned.folder = source.folder;
     const std::string folder = ExpandPath(source.path);
-    for (const SFoundFile& file : FindFiles(folder, "*")) {
+    const std::vector<SFoundFile> files = FindFiles(folder, "*");
+    if (const DWORD code = ::GetLastError(); code != 0 && WhatStandsAt(folder) != NameKind::Free) {
+        planned.source = folder;
+        planned.problem = SystemMessage(code);
+        plan.push_back(planned);
+        return;
+    }
+    for (const SFoundFile& file : files) {
         // Folders are not gone into; all else that is no regular file is told when it is copied.
         planned.source = JoinPath(folder, file.name);
         if (file.regular || WhatStandsAt(planned.source) != NameKind::Folder) {

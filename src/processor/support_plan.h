@@ -44,6 +44,7 @@ struct SPlannedFile {
     std::string name;                ///< in that folder; empty when the whole source is missing
     std::string source;              ///< path that is copied, or what the text belongs to
     std::optional<std::string> text; ///< the content, when nothing is copied
+    std::string problem;             ///< why a whole folder cannot be read
     LinkRule links = LinkRule::Refuse;
 };
 

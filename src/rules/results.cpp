@@ -9,6 +9,7 @@
 #include "support/format.h"
 #include "support/local_time.h"
 #include "support/trace.h"
+#include "support/within_memory.h"
 
 #include <sstream>
 
@@ -52,7 +53,7 @@ constexpr const char* kBulkyColumns[] = {"Body", "RuntimeErrorTrace"};
 
 bool CRulesProcessor::PostProcess(const _bstr_t& exportRulesPath, const _bstr_t& outputFolder,
                                   int exportMode, int debugSwitch, int reserved,
-                                  const _bstr_t& jsonFolder) {
+                                  const _bstr_t& jsonFolder) try {
     if (m_processor == nullptr) {
         return false;
     }
@@ -66,6 +67,8 @@ bool CRulesProcessor::PostProcess(const _bstr_t& exportRulesPath, const _bstr_t&
     const bool ended = PostProcessingUpdates(false);
     NAX_TRACE(kClass, "PostProcessingUpdates end: %d\n", static_cast<int>(ended));
     return begun && loaded && exported;
+} catch (...) {
+    return FailWithoutMemory();
 }
 
 bool CRulesProcessor::PostProcessingUpdates(bool begin) {
@@ -107,7 +110,7 @@ bool CRulesProcessor::ExecuteTraced(const std::string& sql) {
     return result;
 }
 
-bool CRulesProcessor::GenerateReport() {
+bool CRulesProcessor::GenerateReport() try {
     NAX_TRACE(kClass, "\n\n### GenerateReport\n");
     std::ostringstream report;
     report << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<ReportData>\n";
@@ -130,6 +133,8 @@ bool CRulesProcessor::GenerateReport() {
         JoinPath(folder, "Data_" + FormatLocalTime("%d-%m-%Y %H-%M-%S") + "_.xml"), report.str());
     NAX_TRACE(kClass, "\n\n### GenerateReport finished.\n");
     return true;
+} catch (...) {
+    return FailWithoutMemory();
 }
 
 } // namespace Nax::FrontEnd::XMLDB

@@ -12,7 +12,9 @@
 #include "rules/rule_elements.h"
 #include "rules/thread_limiter.h"
 #include "support/bstr_text.h"
+#include "support/file_utils.h"
 #include "support/trace.h"
+#include "support/within_memory.h"
 #include "xml/com_check.h"
 #include "xml/resource_ids.h"
 
@@ -41,13 +43,18 @@ private:
 
 void CRulesProcessor::StartNewReport() {
     CReportFiles::Shared().StartNew();
+    Utils::CFUtils::ForgetFailure();
+}
+
+std::string CRulesProcessor::GetReportFailure() {
+    return Utils::CFUtils::GetFailure();
 }
 
 std::vector<std::shared_ptr<IRule>> CRulesProcessor::GetRulesExport() const {
     return m_exportRules;
 }
 
-bool CRulesProcessor::LoadExportRules(const _bstr_t& exportRulesPath) {
+bool CRulesProcessor::LoadExportRules(const _bstr_t& exportRulesPath) try {
     if (m_processor == nullptr) {
         return false;
     }
@@ -70,6 +77,8 @@ bool CRulesProcessor::LoadExportRules(const _bstr_t& exportRulesPath) {
     }
     NAX_TRACE(kClass, "\n\n### END RULES READING...\n\n");
     return loaded;
+} catch (...) {
+    return FailWithoutMemory();
 }
 
 std::shared_ptr<IRule> CRulesProcessor::ReadExportRule(IXMLDOMNode* node) const {
@@ -88,7 +97,7 @@ std::shared_ptr<IRule> CRulesProcessor::ReadExportRule(IXMLDOMNode* node) const 
 }
 
 bool CRulesProcessor::ExecuteExport(const _bstr_t& outputFolder, int exportMode, int debugSwitch,
-                                    int reserved, const _bstr_t& jsonFolder) {
+                                    int reserved, const _bstr_t& jsonFolder) try {
     NAX_TRACE(kClass, "\n\n### EXPORT RULES EXECUTION STARTED...\n\n");
     if (m_processor == nullptr) {
         return false;
@@ -112,6 +121,8 @@ bool CRulesProcessor::ExecuteExport(const _bstr_t& outputFolder, int exportMode,
     const bool written = PostRunExportRules();
     NAX_TRACE(kClass, "\n\n### EXPORT RULES EXECUTION FINISHED\n\n");
     return exported && written;
+} catch (...) {
+    return FailWithoutMemory();
 }
 
 bool CRulesProcessor::RunExportRules(const SExportContext& context) {

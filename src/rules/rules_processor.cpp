@@ -4,12 +4,14 @@
 #include <naxfewxmldb/rules_processor.h>
 #include <naxfewxmldb/xml_document.h>
 
+#include "database/own_transaction.h"
 #include "rules/rule_elements.h"
 #include "rules/sql_rule.h"
 #include "rules/thread_limiter.h"
 #include "support/bstr_text.h"
 #include "support/format.h"
 #include "support/trace.h"
+#include "support/within_memory.h"
 #include "xml/com_check.h"
 #include "xml/resource_ids.h"
 
@@ -33,16 +35,18 @@ CRulesProcessor::CRulesProcessor(const std::shared_ptr<CDBProcessor>& processor,
 
 CRulesProcessor::~CRulesProcessor() = default;
 
-bool CRulesProcessor::Initialize() {
+bool CRulesProcessor::Initialize() try {
     if (m_processor == nullptr) {
         return false;
     }
     const bool created = m_processor->Process(CreateResultsTable, std::wstringstream());
     PreProcessingUpdates();
     return created;
+} catch (...) {
+    return FailWithoutMemory();
 }
 
-bool CRulesProcessor::LoadRules(const _bstr_t& rulesPath) {
+bool CRulesProcessor::LoadRules(const _bstr_t& rulesPath) try {
     if (m_processor == nullptr) {
         return false;
     }
@@ -62,6 +66,8 @@ bool CRulesProcessor::LoadRules(const _bstr_t& rulesPath) {
         NAX_TRACE_ERROR(kClass, "\n\n### ERROR RULES STORING IN DATABASE...\n\n");
     }
     return loaded;
+} catch (...) {
+    return FailWithoutMemory();
 }
 
 bool CRulesProcessor::ReadRules() {
@@ -117,7 +123,7 @@ std::vector<std::shared_ptr<IRule>> CRulesProcessor::GetRules() const {
     return m_rules;
 }
 
-bool CRulesProcessor::ToTable() {
+bool CRulesProcessor::ToTable() try {
     if (m_processor == nullptr) {
         return false;
     }
@@ -127,9 +133,11 @@ bool CRulesProcessor::ToTable() {
         result = RuleToTable(rule);
     }
     return result;
+} catch (...) {
+    return FailWithoutMemory();
 }
 
-bool CRulesProcessor::RuleToTable(const std::shared_ptr<IRule>& rule) {
+bool CRulesProcessor::RuleToTable(const std::shared_ptr<IRule>& rule) try {
     if (m_processor == nullptr || rule == nullptr) {
         return false;
     }
@@ -144,9 +152,11 @@ bool CRulesProcessor::RuleToTable(const std::shared_ptr<IRule>& rule) {
     NAX_TRACE(kClass, "RuleToTable mapping: \n%s\nResult: %d", sql.c_str(),
               static_cast<int>(result));
     return result;
+} catch (...) {
+    return FailWithoutMemory();
 }
 
-bool CRulesProcessor::Execute() {
+bool CRulesProcessor::Execute() try {
     NAX_TRACE(kClass, "\n\n### RULES EXECUTION STARTED...\n\n");
     bool result = false;
     for (const std::shared_ptr<IRule>& rule : m_rules) {
@@ -159,6 +169,8 @@ bool CRulesProcessor::Execute() {
     }
     NAX_TRACE(kClass, "\n\n### RULES EXECUTION FINISHED\n\n");
     return result;
+} catch (...) {
+    return FailWithoutMemory();
 }
 
 bool CRulesProcessor::StartTransaction() {
@@ -173,7 +185,7 @@ bool CRulesProcessor::StartTransaction() {
 
 bool CRulesProcessor::FinalizeTransaction() {
     const std::shared_ptr<IDatabase> database = m_processor->GetDatabase();
-    const bool committed = database != nullptr && database->Commit();
+    const bool committed = database != nullptr && CommitOwnTransaction(*database);
     NAX_TRACE(kClass, "Commit : %d\n", static_cast<int>(committed));
     if (!committed && database != nullptr) {
         const bool rolledBack = database->Rollback();

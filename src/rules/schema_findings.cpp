@@ -8,6 +8,7 @@
 #include "support/bstr_text.h"
 #include "support/format.h"
 #include "support/trace.h"
+#include "support/within_memory.h"
 
 namespace Nax::FrontEnd::XMLDB {
 
@@ -28,7 +29,7 @@ constexpr const char* kColumnUpdates[] = {
 
 } // namespace
 
-bool CRulesProcessor::PreProcess(const SchemaFindings& findings) {
+bool CRulesProcessor::PreProcess(const SchemaFindings& findings) try {
     if (m_processor == nullptr) {
         return false;
     }
@@ -36,6 +37,8 @@ bool CRulesProcessor::PreProcess(const SchemaFindings& findings) {
     NAX_TRACE(kClass, "\n\n### INSERT XML to XSD VALIDATION RESULTS: %d\n\n",
               static_cast<int>(result));
     return result;
+} catch (...) {
+    return FailWithoutMemory();
 }
 
 bool CRulesProcessor::ProcessXSDValidationMsgs(const SchemaFindings& findings) {

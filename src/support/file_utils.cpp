@@ -2,11 +2,13 @@
 #include "support/file_utils.h"
 
 #include <array>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <mutex>
 #include <string_view>
+#include <system_error>
 
 #include "platform/files.h"
 #include "support/format.h"
@@ -28,6 +30,12 @@ public:
         static_cast<void>(independent);
     }
 
+    /// Kept by whoever holds the lock.
+    static std::string& Failure() {
+        static std::string failure;
+        return failure;
+    }
+
 private:
     static std::mutex& GetMutex() {
         static std::mutex mutex;
@@ -43,6 +51,16 @@ const char* Reason(WriteResult result) noexcept {
                                             : "Error: file could not be written";
 }
 
+WriteResult Fail(WriteResult result, const std::string& path, int code) {
+    if (std::string& failure = CFileLock::Failure(); failure.empty()) {
+        const std::string name = std::filesystem::path(path).filename().string();
+        const std::string reason =
+            code == 0 ? "It cannot be written" : std::generic_category().message(code);
+        failure = "'" + name + "': " + reason;
+    }
+    return result;
+}
+
 void RemoveIncomplete(const std::string& path) {
     std::error_code error;
     // Never a device or a pipe.
@@ -53,15 +71,20 @@ void RemoveIncomplete(const std::string& path) {
 
 WriteResult WriteFile(const std::string& path, std::string_view content, std::ios::openmode mode) {
     const CFileLock lock;
+    errno = 0;
     std::ofstream file(path, std::ios::out | std::ios::trunc | mode);
     if (!file.is_open()) {
-        return WriteResult::NotOpened;
+        return Fail(WriteResult::NotOpened, path, errno);
     }
+    errno = 0;
     file.write(content.data(), static_cast<std::streamsize>(content.size()));
+    // Closing tells why when writing has not, and may hide it when it has.
+    const int code = file.fail() ? errno : 0;
     file.close();
     if (file.fail()) {
+        const WriteResult result = Fail(WriteResult::Incomplete, path, code == 0 ? errno : code);
         RemoveIncomplete(path);
-        return WriteResult::Incomplete;
+        return result;
     }
     return WriteResult::Done;
 }
@@ -95,6 +118,16 @@ int CFUtils::ToFile(const std::string& path, const void* bytes, std::size_t coun
         NAX_TRACE_ERROR_STATIC(kClass, "%s\n", Reason(result));
     }
     return result == WriteResult::Done ? 1 : 0;
+}
+
+std::string CFUtils::GetFailure() {
+    const CFileLock lock;
+    return CFileLock::Failure();
+}
+
+void CFUtils::ForgetFailure() {
+    const CFileLock lock;
+    CFileLock::Failure().clear();
 }
 
 std::string CFUtils::FromFile(const std::string& path) {

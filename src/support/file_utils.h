@@ -19,6 +19,11 @@ public:
     /// The same for `count` bytes, unaltered on every platform.
     static int ToFile(const std::string& path, const void* bytes, std::size_t count);
 
+    /// The first ToFile that failed since ForgetFailure, of the whole process: the file's name
+    /// without its folder, and the system's reason. Empty when none has.
+    static std::string GetFailure();
+    static void ForgetFailure();
+
     /// The file's whole content; empty when it cannot be read.
     static std::string FromFile(const std::string& path);
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <naxfewxmldb/text_processor.h>
 
+#include "support/text_conversion.h"
+
 #include <algorithm>
 
 namespace Nax::FrontEnd::XMLDB {
@@ -78,6 +80,27 @@ std::string TextProcessor::EscapeXml(std::string_view text) const {
         }
     }
     return escaped;
+}
+
+bool TextProcessor::IsControl(char32_t character) {
+    const auto within = [character](char32_t first, char32_t last) {
+        return first <= character && character <= last;
+    };
+    return character < 0x20 || within(0x7F, 0x9F) || character == 0x061C || character == 0x200B ||
+           within(0x200E, 0x200F) || within(0x2028, 0x202E) || within(0x2060, 0x2069) ||
+           character == 0xFEFF;
+}
+
+std::string TextProcessor::ReplaceControls(std::string_view text, std::string_view kept) {
+    std::wstring wide = ToWide(text);
+    for (wchar_t& character : wide) {
+        const auto code = static_cast<char32_t>(character);
+        const bool keeps = code < 0x80 && kept.find(static_cast<char>(code)) != kept.npos;
+        if (IsControl(code) && !keeps) {
+            character = L'?';
+        }
+    }
+    return ToUtf8(wide);
 }
 
 bool TextProcessor::IsBlank(char character) const {

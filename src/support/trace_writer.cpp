@@ -8,6 +8,8 @@
 #include "support/format.h"
 #include "support/trace.h"
 
+#include <naxfewxmldb/text_processor.h>
+
 namespace Nax::FrontEnd::XMLDB {
 namespace {
 
@@ -124,7 +126,7 @@ void CNaxPcTrc::Write(TraceKind kind, const char* format, va_list args) noexcept
             line = "***WARNING*: ";
         }
         if (AppendFormat(line, format, args)) {
-            WriteText(line);
+            WriteText(TextProcessor::ReplaceControls(line, "\n\t"));
         }
     } catch (const std::exception&) {
         // No memory for the line: the caller's work goes on without it.

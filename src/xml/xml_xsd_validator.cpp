@@ -5,6 +5,7 @@
 #include "support/bstr_text.h"
 #include "support/format.h"
 #include "support/trace.h"
+#include "support/within_memory.h"
 #include "xml/com_check.h"
 #include "xml/error_block.h"
 #include "xml/reported_fault.h"
@@ -142,7 +143,7 @@ bool CXmlXsdValidator::Validate(bool useLocalCopy, const _bstr_t& fileName,
     return Run({useLocalCopy, fileName, localFileName, schema, &sink, result}, message);
 }
 
-bool CXmlXsdValidator::Run(const SRequest& request, _bstr_t& message) {
+bool CXmlXsdValidator::Run(const SRequest& request, _bstr_t& message) try {
     try {
         return Check(request, message);
     } catch (const _com_error& error) {
@@ -152,6 +153,8 @@ bool CXmlXsdValidator::Run(const SRequest& request, _bstr_t& message) {
         return Error(ErrorBlock("CXmlXsdValidator::Validate", kFile, __LINE__).c_str(),
                      text.c_str());
     }
+} catch (...) {
+    return FailWithoutMemory();
 }
 
 bool CXmlXsdValidator::Check(const SRequest& request, _bstr_t& message) {

@@ -38,6 +38,7 @@ TEST(PlainFileName, CannotLeadOutOfAFolderAnywhere) {
         {"COM0", "COM0"},
         {"COM10", "COM10"},
         {"console.xml", "console.xml"},
+        {"a\xC2\x9B\xE2\x80\xAElmx.exe", "a__lmx.exe"},
         {"bad\xFF.xml", "bad\xEF\xBF\xBD.xml"},
         {longName + ".xml", std::string(196, 'a') + ".xml"},
         {longName, std::string(200, 'a')},

@@ -2,6 +2,8 @@
 #include "xml_test_schema.h"
 #include "xml_test_support.h"
 
+#include <naxfewxmldb/xml_limits.h>
+
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -65,12 +67,12 @@ std::string BillionLaughs(const char* use) {
 }
 
 TEST(XmlSafety, ExpansionIsBounded) {
-    std::string quadratic = "<!DOCTYPE a [<!ENTITY big '" + std::string(200'000, 'x') + "'>]><a>";
+    std::string quadratic = "<!DOCTYPE a [<!ENTITY big '" + std::string(90'000, 'x') + "'>]><a>";
     for (int use = 0; use < 50'000; ++use) {
         quadratic += "&big;";
     }
     std::string defaults =
-        "<!DOCTYPE a [<!ATTLIST b c CDATA '" + std::string(200'000, 'x') + "'>]><a>";
+        "<!DOCTYPE a [<!ATTLIST b c CDATA '" + std::string(90'000, 'x') + "'>]><a>";
     for (int use = 0; use < 50'000; ++use) {
         defaults += "<b/>";
     }
@@ -187,8 +189,8 @@ TEST(XmlSafety, DoctypeCanBeProhibited) {
     }
 }
 
-TEST(XmlSafety, DepthHasNoLimit) {
-    constexpr int depth = 100'000;
+TEST(XmlSafety, DepthNeedsNoStack) {
+    constexpr int depth = 99'000;
     std::string xml = "<Root updated='u'><Items>";
     for (int level = 0; level < depth; ++level) {
         xml += "<Item>";
@@ -206,6 +208,49 @@ TEST(XmlSafety, DepthHasNoLimit) {
     EXPECT_EQ(NodeTextOf(document), "");
     EXPECT_EQ(document->put_preserveWhiteSpace(VARIANT_FALSE), S_OK);
     EXPECT_TRUE(LoadText(document, xml).successful);
+}
+
+TEST(XmlSafety, LimitsAreTheHosts) {
+    struct SCase {
+        const char* xml;
+        std::uint64_t SXmlLimits::*limit;
+        std::uint64_t enough;
+        const char* name;
+        long line;
+    };
+    const SCase cases[] = {
+        {"<a>\n<b>\n<c/></b></a>", &SXmlLimits::depth, 3, "depth", 3},
+        {"<a>\n<b x='='/><b\nx='1' y='2'/></a>", &SXmlLimits::attributes, 2, "attributes", 2},
+        {"<a>\n<b>\n</b><bcd x='>'\n/></a>", &SXmlLimits::tagSize, 12, "tag-size", 3},
+        {"<a>\n1<!-- > -->2<![CDATA[]>]]>\n</a>", &SXmlLimits::textSize, 9, "text-size", 2},
+        {"<!--\n- ->-->\n<a><?p ?x?></a>", &SXmlLimits::textSize, 8, "text-size", 1},
+        {"<!DOCTYPE a [<!-- ' ]> --><?p ]> ?>\n<!ENTITY e ']>'>]>\n<a>12</a>",
+         &SXmlLimits::doctypeSize, 52, "doctype-size", 1},
+        {"<!DOCTYPE a\n[<!ENTITY e '&#60;'><!ATTLIST b c CDATA 'd' e CDATA '>'>]>\n<a>\n<b/></a>",
+         &SXmlLimits::attributes, 2, "attributes", 4},
+        {"<a>\n<b>\n</b></a>\n", &SXmlLimits::fileSize, 17, "file-size", 3},
+    };
+    const SXmlLimits defaults = GetXmlLimits();
+    for (const SCase& row : cases) {
+        SXmlLimits limits;
+        limits.advice = "Try -l %s.";
+        limits.*row.limit = row.enough;
+        SetXmlLimits(limits);
+        const CXmlTestFolder folder;
+        const std::string path = folder.Write("a.xml", row.xml);
+        CRecordingSink sink;
+        EXPECT_TRUE(LoadInto(NewDocument(), path, sink).successful) << row.xml;
+        limits.*row.limit = row.enough - 1;
+        SetXmlLimits(limits);
+        const SXmlTestOutcome outcome = LoadInto(NewDocument(), path, sink);
+        EXPECT_EQ(outcome.total, 1) << row.xml;
+        EXPECT_NE(outcome.faults.at(0).reason.find(std::string("Try -l ") + row.name + "."),
+                  std::string::npos)
+            << row.xml << outcome.faults[0].reason;
+        EXPECT_EQ(outcome.faults[0].line, row.line) << row.xml;
+        EXPECT_TRUE(LoadText(NewDocument(), row.xml).successful) << "trees have the defaults";
+    }
+    SetXmlLimits(defaults);
 }
 
 TEST(XmlSafety, CutInputHasOneFault) {

@@ -109,7 +109,8 @@ TEST_F(CDBLifecycleTest, OpeningFailsWithItsErrorBlock) {
     const auto processor = NewProcessor(Normal);
     for (const DBOperations operation : {openDB, createDB}) {
         EXPECT_FALSE(Run(*processor, operation));
-        EXPECT_EQ(ErrorText("Initialize", 56, "Failed to open database", "out of memory"),
+        EXPECT_EQ(ErrorText("Initialize", 56, "Failed to open database",
+                            "unable to open database file (Is a directory)"),
                   processor->GetLastDBError());
     }
 }

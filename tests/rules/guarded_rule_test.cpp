@@ -73,6 +73,7 @@ protected:
     CRulesProcessor m_rules;
 };
 
+// The program's own test of its cage tries more statements.
 TEST_F(CGuardedRuleTest, HostileBodiesBecomeOneRuntimeErrorAndChangeNothing) {
     const std::string insert = kInsert;
     const struct {
@@ -80,39 +81,9 @@ TEST_F(CGuardedRuleTest, HostileBodiesBecomeOneRuntimeErrorAndChangeNothing) {
         const char* told;
     } kCases[] = {
         {"ATTACH 'other.db' AS o", "not allowed: ATTACH"},
-        {"DETACH main", "not allowed: DETACH"},
-        {"PRAGMA writable_schema = 1", "not allowed: PRAGMA writable_schema"},
-        {"SELECT * FROM pragma_table_info('Files')", "not allowed: "},
-        {"SELECT * FROM dbstat", "not allowed: a table-valued function"},
-        {"DROP TABLE Files", "not allowed: DROP of a table"},
-        {"ALTER TABLE Files ADD COLUMN x", "not allowed: ALTER TABLE Files"},
-        {"CREATE INDEX i ON Files (uri)", "not allowed: CREATE of a table, an index"},
-        {"CREATE TEMP TABLE t (x)", "not allowed: CREATE of a table"},
-        {"CREATE TEMP VIEW v AS SELECT 1", "not allowed: CREATE of a table"},
-        {"CREATE VIRTUAL TABLE t USING fts5(x)", "not allowed: CREATE of a table"},
-        {"CREATE TRIGGER t AFTER INSERT ON ValidationResults BEGIN SELECT 1",
-         "not allowed: CREATE TRIGGER"},
-        {"UPDATE Files SET uri = 'x'", "not allowed: UPDATE of Files"},
         {"UPDATE ValidationResults SET RuleId = '1'", "not allowed: UPDATE of ValidationResults"},
-        {"DELETE FROM main.ValidationResults", "not allowed: DELETE from main.ValidationResults"},
         {"DELETE FROM ValidationResults", "not allowed: DELETE from ValidationResults"},
-        {"INSERT INTO Services (uuid) VALUES ('x')", "not allowed: INSERT into Services"},
-        {"INSERT INTO main.ValidationResults (RuleId) VALUES ('40')",
-         "not allowed: INSERT into main.ValidationResults"},
         {"REPLACE INTO main.ValidationResults (pk, RuleId) VALUES (1, '50')", "not allowed: "},
-        {"INSERT INTO sqlite_schema VALUES ('table', 'x', 'x', 0, '')", ""},
-        {"INSERT INTO sqlite_temp_master VALUES ('table', 'x', 'x', 0, '')", ""},
-        {"SELECT load_extension('x')", "not allowed: the function load_extension"},
-        {"SELECT fts3_tokenizer('simple')", "not allowed: the function fts3_tokenizer"},
-        {"SELECT writefile('x', 'y')", "no such function: writefile"},
-        {"VACUUM", "not allowed: VACUUM"},
-        {"VACUUM INTO 'copy.db'", "not allowed: VACUUM"},
-        {"REINDEX", "not allowed: REINDEX"},
-        {"ANALYZE", "not allowed: ANALYZE"},
-        {"BEGIN", "not allowed: BEGIN"},
-        {"COMMIT", "not allowed: COMMIT"},
-        {"ROLLBACK", "not allowed: ROLLBACK"},
-        {"SAVEPOINT s", "not allowed: SAVEPOINT"},
         {"SELECT 1", "no statement inserts"},
         {"-- " + insert + "SELECT @ruleid, 'x', 's1', '0'", "no statement inserts"},
         {"", "no statement inserts"},
@@ -126,6 +97,9 @@ TEST_F(CGuardedRuleTest, HostileBodiesBecomeOneRuntimeErrorAndChangeNothing) {
          ""},
         {"INSERT INTO temp.ValidationResults (RuleId) VALUES ('40')", "the rule id '40'"},
         {insert + "SELECT @ruleid, zeroblob(1000000000), 's1', '0'", "too big"},
+        {"SELECT format('%s%.*c', 1, -2147483647, 'x')", "too big"},
+        {"SELECT printf('%.49999c%.9c', 'x', 'x')", "too big"},
+        {"SELECT printf('%.99999999999999999999c', 'x')", "too big"},
         {"SELECT regexp('((a{0,99}){0,99}){0,99}b', printf('%*d', 90000, 1))",
          "too large together"},
         {"WITH RECURSIVE c(x) AS (SELECT randomblob(150000) UNION ALL SELECT randomblob(150000) "
@@ -149,7 +123,7 @@ TEST_F(CGuardedRuleTest, HostileBodiesBecomeOneRuntimeErrorAndChangeNothing) {
             << rows[2];
         EXPECT_EQ(Fingerprint(), before) << testCase.body;
     }
-    EXPECT_FALSE(std::filesystem::exists("copy.db") || std::filesystem::exists("other.db"));
+    EXPECT_FALSE(std::filesystem::exists("other.db"));
 }
 
 TEST_F(CGuardedRuleTest, EndlessBodiesEndAtTheTimeLimit) {
@@ -188,6 +162,10 @@ TEST_F(CGuardedRuleTest, WhatItMayDo) {
         {"REPLACE INTO ValidationResults (pk, RuleId, ResultDescription) VALUES (1, 50, 'r')",
          {"50:5:r"}},
         {insert + "SELECT @ruleid, printf('%*d', 2000000000, 1), 's1', '0'", {"50:5:"}},
+        {insert + "SELECT @ruleid, printf('%-5s|%.3f|%*d|%s%n%%', 'it''s', 0.5, 3, 7, NULL) || "
+                  "ifnull(printf(), '-') || format('%.49999c', 'x') LIKE 'it''s |0.500|  7|%-xx%', "
+                  "'s1', '0'",
+         {"50:5:1"}},
         {insert + "SELECT @ruleid, value, 's1', '0' FROM json_each('[7]')", {"50:5:7"}},
         {insert + "SELECT @ruleid, 'x', 's1', '0' WHERE 'a' NOT REGEXP 'a'",
          {"50:1:" + std::string(ResultCodeName(ValidationPassed))}},

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "backups.h"
 
+#include <fmt/chrono.h>
+
 #include <algorithm>
+#include <ctime>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
@@ -47,6 +50,21 @@ int RemoveOldFiles(const std::string& folder, std::string_view pattern, int keep
         removed += fs::remove(backups[index].second, error) ? 1 : 0;
     }
     return removed;
+}
+
+bool MoveDatabaseAside(const std::string& database, std::string& reason) {
+    std::error_code error;
+    if (!fs::is_regular_file(fs::symlink_status(database, error))) {
+        return true;
+    }
+    std::string backup;
+    std::time_t second = std::time(nullptr);
+    do {
+        backup = fmt::format("{}_{:%d-%m-%Y %H-%M-%S}_.bak", database, fmt::localtime(second++));
+    } while (fs::exists(fs::symlink_status(backup, error)));
+    fs::rename(database, backup, error);
+    reason = error ? error.message() : std::string();
+    return !error;
 }
 
 int RemoveOldBackups(const std::string& folder, int keep) {

@@ -14,4 +14,9 @@ int RemoveOldFiles(const std::string& folder, std::string_view pattern, int keep
 /// The same for backups of the database, as the library names them.
 int RemoveOldBackups(const std::string& folder, int keep);
 
+/// Makes way for a new database: an earlier one becomes a backup under the name of this second, or
+/// of the next that is free, and is itself at every moment under the one name or the other. A link
+/// or something else that is no file is left to the library. False when it cannot be kept.
+bool MoveDatabaseAside(const std::string& database, std::string& reason);
+
 } // namespace LandscapeValidator

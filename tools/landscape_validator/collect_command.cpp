@@ -10,6 +10,7 @@
 
 #include <fmt/format.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <memory>
 #include <system_error>
@@ -22,6 +23,8 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr char kName[] = "landscape-validator: ";
+constexpr char kIncomplete[] =
+    "the archive is not complete: the system could not copy all that is there";
 
 /// With links resolved: behind one, ".." is not the folder that the text tells.
 std::string Absolute(const std::string& path) {
@@ -33,11 +36,11 @@ std::string Absolute(const std::string& path) {
     return error ? path : absolute.string();
 }
 
-SSupportRequest RequestFor(const std::string& folder) {
+SSupportRequest RequestFor(const std::string& folder, const std::string& workFolder) {
     SSupportRequest request;
+    request.workFolder = workFolder;
     request.folder = Absolute(folder);
     request.database = request.folder + "/UILandscape.db";
-    request.keepExistingFolders = true;
     request.keepEqualNames = true;
     request.isCancelled = &IsStopRequested;
     return request;
@@ -46,6 +49,11 @@ SSupportRequest RequestFor(const std::string& folder) {
 /// The database must be in the archive when there is one.
 bool IsDatabaseLeftOut(const SSupportFile& file) {
     return file.name.starts_with("Database/") && file.found && !file.problem.empty();
+}
+
+/// Once the system has failed, what is there and not in the archive is told.
+bool IsLost(const SSupportFile& file, const SSupportReport& report) {
+    return IsDatabaseLeftOut(file) || (report.incomplete && file.found && !file.problem.empty());
 }
 
 std::string WhyLeftOut(const SSupportFile& file) {
@@ -63,7 +71,8 @@ public:
         if (!PrepareFolder()) {
             return ExitCode::Failure;
         }
-        SSupportRequest request = RequestFor(m_options.outputFolder);
+        SSupportRequest request =
+            RequestFor(m_options.outputFolder, m_work ? m_work->GetSupportFolder() : std::string());
         if (!FindLandscapeFiles(request)) {
             return ExitCode::Failure;
         }
@@ -107,7 +116,11 @@ private:
         std::string reason;
         switch (LockFolder(folder, m_lock, reason)) {
             case LockOutcome::Taken:
-                return true;
+                m_work = std::make_unique<CWorkFolder>(folder);
+                if (m_work->Make(reason)) {
+                    return true;
+                }
+                break;
             case LockOutcome::HeldElsewhere:
                 return Fail("another run is writing into '" + folder + "'; wait for it");
             case LockOutcome::Failed:
@@ -119,7 +132,11 @@ private:
     bool FindLandscapeFiles(SSupportRequest& request) {
         const bool interrupted = WasInterrupted(request.database);
         if (interrupted && !m_options.list) {
-            SettleDatabase();
+            const std::string failure = SettleDatabase();
+            if (WasInterrupted(request.database) && !failure.empty()) {
+                return Fail("the database '" + request.database +
+                            "' of an interrupted run cannot be settled: " + failure);
+            }
         }
         if (!m_options.files.empty()) {
             for (const std::string& file : m_options.files) {
@@ -156,9 +173,12 @@ private:
         for (const SSupportFile& file : report.files) {
             const bool isNamed =
                 !m_options.files.empty() && file.name.starts_with("Landscape_files/");
-            if (IsDatabaseLeftOut(file) || (isNamed && !file.problem.empty())) {
+            if (IsLost(file, report) || (isNamed && !file.problem.empty())) {
                 Fail(WhyLeftOut(file));
             }
+        }
+        if (made && report.incomplete) {
+            Fail(kIncomplete);
         }
         TellWhereRelativeNamesAreLookedFor(report);
         if (!made) {
@@ -167,8 +187,11 @@ private:
         } else if (!m_options.list) {
             PrintSupportArchive(report, m_out);
         }
+        errno = 0;
         if (!m_out.flush()) {
-            Fail("the list cannot be written to standard output");
+            const int code = errno;
+            Fail("the list cannot be written to standard output" +
+                 (code == 0 ? "" : ": " + std::generic_category().message(code)));
         }
     }
 
@@ -197,6 +220,7 @@ private:
     std::ostream& m_err;
     bool m_complete = true; ///< false once a file or a step was not done
     std::unique_ptr<IFolderLock> m_lock;
+    std::unique_ptr<CWorkFolder> m_work; ///< null for a list; goes before the lock does
     CSupportSources m_sources;
 };
 
@@ -206,15 +230,16 @@ ExitCode RunCollect(const SCollectOptions& options, std::ostream& out, std::ostr
     return CCollectRun(options, out, err).Run();
 }
 
-void CollectAfterRun(const std::string& outputFolder, const CFileList& files, std::ostream& out,
-                     std::ostream& err, std::vector<std::string>& failures) {
+void CollectAfterRun(const std::string& outputFolder, const CWorkFolder& work,
+                     const CFileList& files, std::ostream& out, std::ostream& err,
+                     std::vector<std::string>& failures) {
     CSupportSources sources;
     for (std::size_t index = 0; index < files.GetCount(); ++index) {
         if (!files[index].path.empty()) {
             sources.Add(files[index].path);
         }
     }
-    SSupportRequest request = RequestFor(outputFolder);
+    SSupportRequest request = RequestFor(outputFolder, work.GetSupportFolder());
     request.files = sources.GetFiles();
     WatchStopSignals();
     const SSupportReport report = CollectSupportFiles(request);
@@ -227,8 +252,11 @@ void CollectAfterRun(const std::string& outputFolder, const CFileList& files, st
         return;
     }
     PrintSupportArchive(report, out);
+    if (report.incomplete) {
+        failures.emplace_back(kIncomplete);
+    }
     for (const SSupportFile& file : report.files) {
-        if (IsDatabaseLeftOut(file)) {
+        if (IsLost(file, report)) {
             failures.push_back(WhyLeftOut(file));
         }
     }

@@ -3,6 +3,7 @@
 
 #include "exit_codes.h"
 #include "file_list.h"
+#include "work_folder.h"
 
 #include <ostream>
 #include <string>
@@ -25,7 +26,8 @@ ExitCode RunCollect(const SCollectOptions& options, std::ostream& out, std::ostr
 /// Makes the support archive of a run that has just ended; the run holds the folder's lock and has
 /// no transaction open. What is missing goes to `err`; `failures` tells that there is no archive,
 /// or that the database is not in it.
-void CollectAfterRun(const std::string& outputFolder, const CFileList& files, std::ostream& out,
-                     std::ostream& err, std::vector<std::string>& failures);
+void CollectAfterRun(const std::string& outputFolder, const CWorkFolder& work,
+                     const CFileList& files, std::ostream& out, std::ostream& err,
+                     std::vector<std::string>& failures);
 
 } // namespace LandscapeValidator

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "configured_value.h"
 
-#include <toml++/toml.h>
+#include "formats/text_encoding.h"
+
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <array>
 #include <filesystem>
-#include <sstream>
 #include <string_view>
 #include <vector>
 
@@ -27,10 +27,15 @@ bool IsNumber(const CLI::Option& option) {
     return type.starts_with("INT") || type.starts_with("UINT") || type.starts_with("FLOAT");
 }
 
+/// As TOML on one line: in single quotes where nothing in it has to be escaped.
 std::string Quoted(const std::string& text) {
-    std::ostringstream out;
-    out << toml::value<std::string>(text);
-    return out.str();
+    std::string escaped;
+    AppendJsonEscaped(escaped, text); // its escapes are TOML's as well
+    const auto needless =
+        std::count_if(text.begin(), text.end(), [](char c) { return c == '"' || c == '\\'; });
+    const bool plain = text.find('\'') == std::string::npos &&
+                       escaped.size() == text.size() + static_cast<std::size_t>(needless);
+    return plain ? "'" + text + "'" : '"' + escaped + '"';
 }
 
 std::string TextOf(const CLI::Option& option, const std::string& value) {

@@ -16,6 +16,12 @@ constexpr std::string_view kMemo = "Memo";
 constexpr std::string_view kInclude = "Include";
 constexpr std::string_view kItem = "Item";
 
+/// The reader bounds text between two tags; only a memo that has elements inside, which is a
+/// finding of its own, gets here with more.
+void AppendMemo(std::string& memo, std::string_view text, std::size_t most) {
+    memo.append(text.substr(0, most - std::min(most, memo.size())));
+}
+
 bool IsParent(std::string_view element) {
     return element == "Node" || element == "Workspace";
 }
@@ -33,8 +39,10 @@ std::optional<std::string> FindAttribute(std::span<const SXmlAttribute> attribut
 } // namespace
 
 CElementCollector::CElementCollector(const CLandscapeTables& tables,
-                                     CRecordBuffer::TakeBlock takeBlock)
+                                     CRecordBuffer::TakeBlock takeBlock, std::uint64_t maxIncludes)
     : m_tables(tables),
+      m_maxIncludes(maxIncludes),
+      m_maxMemo(static_cast<std::size_t>(GetXmlLimits().textSize)),
       m_serviceTable(tables.Find(kService)),
       m_records(std::move(takeBlock)),
       m_lastColumns(tables.GetCount()) {}
@@ -69,9 +77,9 @@ void CElementCollector::Characters(std::string_view text) {
         return;
     }
     if (m_strayMemo) {
-        m_strayMemo->append(text);
+        AppendMemo(*m_strayMemo, text, m_maxMemo);
     } else if (!m_services.empty()) {
-        m_services.back().memo->append(text);
+        AppendMemo(*m_services.back().memo, text, m_maxMemo);
     }
 }
 
@@ -167,7 +175,8 @@ void CElementCollector::AddEntry(std::size_t table, Attributes attributes, long 
 
 void CElementCollector::AddInclude(Attributes attributes, long line) {
     const std::optional<std::string> url = FindAttribute(attributes, "url");
-    if (url && !url->empty()) {
+    if (url && !url->empty() && m_includes.size() <= m_maxIncludes &&
+        m_includeUrls.insert(*url).second) {
         m_includes.push_back({*url, FindAttribute(attributes, "description"),
                               FindAttribute(attributes, "name"), line});
     }

@@ -4,9 +4,11 @@
 #include "landscape_tables.h"
 #include "record_buffer.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 namespace LandscapeValidator {
@@ -24,9 +26,11 @@ struct SInclude {
 /// ones are kept. Items and nodes get the uuid of the node or workspace around them.
 class CElementCollector : public Nax::FrontEnd::XMLDB::IXmlElementSink {
 public:
-    /// With `takeBlock` full blocks of records are handed on instead of kept.
+    /// With `takeBlock` full blocks of records are handed on instead of kept. Of the includes that
+    /// a file names, each counts once, and one more than `maxIncludes` are kept.
     explicit CElementCollector(const CLandscapeTables& tables,
-                               CRecordBuffer::TakeBlock takeBlock = {});
+                               CRecordBuffer::TakeBlock takeBlock = {},
+                               std::uint64_t maxIncludes = 10'000);
 
     void StartElement(std::string_view name,
                       std::span<const Nax::FrontEnd::XMLDB::SXmlAttribute> attributes,
@@ -60,9 +64,12 @@ private:
     std::size_t FindTextColumn(std::size_t table) const;
 
     const CLandscapeTables& m_tables;
+    const std::uint64_t m_maxIncludes;
+    const std::size_t m_maxMemo;
     const std::size_t m_serviceTable;
     CRecordBuffer m_records;
     std::vector<SInclude> m_includes;
+    std::unordered_set<std::string> m_includeUrls;
     std::vector<CRecordBuffer::SValue> m_values;
     /// By table and place of the attribute: the column that it had in the entry before.
     std::vector<std::vector<std::size_t>> m_lastColumns;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "file_list.h"
 
+#include "limit_options.h"
 #include "platform/url.h"
 
 #include <optional>
@@ -31,6 +32,16 @@ void CFileList::AddInclude(const SLandscapeFile& includingFile, const SInclude& 
     if (WithoutSpaceAround(include.url).empty()) {
         return; // names nothing; the schema check tells a missing attribute
     }
+    const std::string& base = includingFile.base;
+    const bool isFull = m_files.size() > m_limit;
+    constexpr std::size_t kRemembered = 1'000'000;
+    if (m_written.size() >= kRemembered) {
+        m_written.clear();
+    }
+    if (isFull ||
+        !m_written.insert(base.substr(0, base.rfind('/') + 1) + '\0' + include.url).second) {
+        return;
+    }
     SResolvedInclude resolved =
         ResolveInclude(includingFile.base, includingFile.fromUrl, include.url, m_options);
     if (!IsNew(resolved.identity)) {
@@ -45,6 +56,13 @@ void CFileList::AddInclude(const SLandscapeFile& includingFile, const SInclude& 
     file.fromUrl = resolved.fromUrl;
     file.notRead = std::move(resolved.notRead);
     file.fault = resolved.fault;
+    if (m_files.size() == m_limit) {
+        file.fetchUrl.clear();
+        file.fault = true;
+        file.notRead = "The included file is not read, nor any after it: the run has " +
+                       std::to_string(m_limit) + " files, which is the limit \"files\". " +
+                       LimitAdvice("files");
+    }
     file.description = include.description;
     file.name = include.name;
     file.includedBy = includingFile.url;

@@ -5,10 +5,12 @@
 #include "include_resolver.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <optional>
 #include <set>
 #include <string>
+#include <unordered_set>
 #include <utility>
 
 namespace LandscapeValidator {
@@ -33,12 +35,14 @@ struct SLandscapeFile {
 /// those that include entries name. References stay valid while files are added.
 class CFileList {
 public:
-    explicit CFileList(SIncludeOptions options = {}) : m_options(std::move(options)) {}
+    explicit CFileList(SIncludeOptions options = {}, std::uint64_t limit = 10'000)
+        : m_options(std::move(options)), m_limit(limit) {}
 
     /// `path` is what is opened. What is read from elsewhere than its name tells (standard input)
     /// has that name in `name`.
     void AddCommandLineFile(const std::string& path, const std::string& name = {});
-    /// Resolves the entry's URL against the including file.
+    /// Resolves the entry's URL against the including file. Beyond the limit of files the first one
+    /// is a fault that says so, and the others are left out.
     void AddInclude(const SLandscapeFile& includingFile, const SInclude& include);
 
     /// A fetched file's copy, and the URL where it was found after redirects. False when that is
@@ -49,6 +53,7 @@ public:
     void ForgetPath(std::size_t index) { m_files[index].path.clear(); }
 
     const SIncludeOptions& GetOptions() const { return m_options; }
+    std::uint64_t GetLimit() const { return m_limit; }
     std::size_t GetCount() const { return m_files.size(); }
     const SLandscapeFile& operator[](std::size_t index) const { return m_files[index]; }
 
@@ -56,8 +61,11 @@ private:
     bool IsNew(const std::string& identity) { return m_seen.insert(identity).second; }
 
     SIncludeOptions m_options;
+    std::uint64_t m_limit;
     std::deque<SLandscapeFile> m_files;
     std::set<std::string> m_seen;
+    /// Includes as they are written, for each folder: most files of a landscape name the same ones.
+    std::unordered_set<std::string> m_written;
 };
 
 } // namespace LandscapeValidator

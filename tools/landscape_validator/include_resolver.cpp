@@ -2,6 +2,7 @@
 #include "include_resolver.h"
 
 #include "platform/url.h"
+#include "printable.h"
 
 #include <algorithm>
 #include <cctype>
@@ -44,19 +45,21 @@ int HexValue(char digit) {
     return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
 
+/// As it stands when that gives no UTF-8, which all names are. A zero character ends texts in many
+/// places, so its escape stays too: no file has it in its name.
 std::string DecodePercent(const std::string& text) {
     std::string decoded;
     for (std::size_t at = 0; at < text.size(); ++at) {
         const int high = text[at] == '%' && at + 2 < text.size() ? HexValue(text[at + 1]) : -1;
         const int low = high >= 0 ? HexValue(text[at + 2]) : -1;
-        if (low >= 0) {
+        if (low >= 0 && high + low > 0) {
             decoded += static_cast<char>(high * 16 + low);
             at += 2;
         } else {
             decoded += text[at];
         }
     }
-    return decoded;
+    return IsUtf8(decoded) ? decoded : text;
 }
 
 /// Path of a file: URL: without scheme and empty or local host.
@@ -116,8 +119,7 @@ bool Leaves(const std::string& decoded) {
         }
         begin = end + 1;
     }
-    return depth < 0 || decoded.find('\\') != std::string::npos ||
-           decoded.find('\0') != std::string::npos;
+    return depth < 0 || decoded.find('\\') != std::string::npos;
 }
 
 /// The mapping with the longest prefix of a URL; null when there is none.
@@ -246,11 +248,15 @@ SResolvedInclude ResolveInclude(const std::string& base, bool baseIsUrl, const s
     if (baseIsUrl || (!scheme.empty() && scheme != "file")) {
         return ResolveUrl(baseIsUrl ? base : std::string(), text, options);
     }
-    include.path = ResolveLocal(base, url).string();
+    include.path = AsLocalPath(ResolveLocal(base, url).string());
     include.url = include.path;
     include.base = include.path;
     include.identity = IdentityOfFile(include.path);
     return include;
+}
+
+std::string AsLocalPath(const std::string& path) {
+    return SchemeOf(path).empty() ? path : "./" + path;
 }
 
 bool IsRemoteUrl(const std::string& url) {

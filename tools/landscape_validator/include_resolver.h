@@ -56,6 +56,9 @@ std::string WithoutUserInfo(const std::string& text);
 /// Without white space around it, which is no part of a URL.
 std::string WithoutSpaceAround(const std::string& url);
 
+/// The path of a file here. A name like "a:b" would read as a URL everywhere else.
+std::string AsLocalPath(const std::string& path);
+
 /// True for a URL of another scheme than file:.
 bool IsRemoteUrl(const std::string& url);
 

@@ -210,13 +210,16 @@ SInputs FindInputs(const std::vector<std::string>& words, const SInputOptions& o
     return inputs;
 }
 
-bool CopyToFile(std::istream& in, const std::string& path, std::string& message) {
+bool CopyToFile(std::istream& in, const std::string& path, std::uint64_t limit,
+                std::string& message) {
     constexpr std::size_t kBlock = std::size_t{1} << 16U;
     std::ofstream out(path, std::ios::binary);
     std::string block(kBlock, '\0');
-    while (in && out) {
+    // One byte more than may be, so that the reader refuses it like any other file.
+    for (std::uint64_t size = 0; in && out && size <= limit;) {
         in.read(block.data(), static_cast<std::streamsize>(block.size()));
         out.write(block.data(), in.gcount());
+        size += static_cast<std::uint64_t>(in.gcount());
     }
     out.close();
     if (in.bad()) {

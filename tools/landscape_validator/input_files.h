@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstdint>
 #include <istream>
 #include <string>
 #include <vector>
@@ -41,7 +42,9 @@ void AddInputOptions(CLI::App& command, SInputOptions& options);
 /// for a dot at the beginning; "**" stands for any folders, links to folders excepted.
 SInputs FindInputs(const std::vector<std::string>& words, const SInputOptions& options);
 
-/// Copies a stream into a file. False with `message` when that fails.
-bool CopyToFile(std::istream& in, const std::string& path, std::string& message);
+/// Copies a stream into a file, as far as it may be read there. False with `message` when that
+/// fails.
+bool CopyToFile(std::istream& in, const std::string& path, std::uint64_t limit,
+                std::string& message);
 
 } // namespace LandscapeValidator

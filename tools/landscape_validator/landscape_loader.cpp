@@ -106,9 +106,10 @@ bool CLandscapeLoader::LoadFiles(const Progress& progress) {
 
 bool CLandscapeLoader::LoadFile(const SLandscapeFile& file) {
     CElementCollector collector(
-        m_tables, m_writer == nullptr ? CRecordBuffer::TakeBlock() : [this](std::string&& block) {
-            m_writer->Add(std::move(block));
-        });
+        m_tables,
+        m_writer == nullptr ? CRecordBuffer::TakeBlock()
+                            : [this](std::string&& block) { m_writer->Add(std::move(block)); },
+        m_files.GetLimit());
     const bool keep = TakeFile(file, collector);
     if (m_writer == nullptr) {
         return m_failure.empty() &&
@@ -142,7 +143,8 @@ bool CLandscapeLoader::ReadFile(const SLandscapeFile& file, CElementCollector& c
         true, file.url.c_str(), file.path.c_str(), m_schema, message, collector, outcome.result);
     if (!valid && outcome.result.total == 0) {
         // No fault of the file: the check itself could not be made.
-        m_failure = static_cast<const char*>(message);
+        const char* const text = message;
+        m_failure = text == nullptr ? "out of memory" : text;
         return false;
     }
     outcome.code = valid ? ValidationAgainstXSDPassed : ValidationAgainstXSDFailed;

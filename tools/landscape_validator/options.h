@@ -4,6 +4,7 @@
 #include "formats/report_options.h"
 #include "include_resolver.h"
 #include "input_files.h"
+#include "limit_options.h"
 #include "rule_options.h"
 #include "severity.h"
 
@@ -17,6 +18,7 @@ struct SOptions {
     std::vector<std::string> files;
     SInputOptions inputs;
     SIncludeOptions includes;
+    SRunLimits limits;
     std::string outputFolder = "landscape-report";
     std::string configFolder; ///< replaces the application-data folder when not empty
     SRuleOptions rules;

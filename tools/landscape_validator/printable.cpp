@@ -1,41 +1,39 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "printable.h"
 
+#include <naxfewxmldb/text_processor.h>
 #include <naxfewxmldb/text_types.h>
-
-#include <cstddef>
 
 namespace LandscapeValidator {
 
+using Nax::FrontEnd::XMLDB::TextProcessor;
+
 namespace {
 
-std::string WithoutControls(std::string_view text, bool keepLineEnds) {
-    std::string printable;
-    printable.reserve(text.size());
+/// Build servers read the output of programs for commands to themselves: "::" at the beginning of
+/// a line, whatever blanks stand before it, and "##" anywhere.
+std::string WithoutCommands(std::string text) {
+    bool begins = true;
     for (std::size_t at = 0; at < text.size(); ++at) {
-        const auto byte = static_cast<unsigned char>(text[at]);
-        const bool lineEnd = keepLineEnds && (byte == '\n' || byte == '\t');
-        if ((byte < 0x20 && !lineEnd) || byte == 0x7F) {
-            printable += '?';
-        } else if (byte == 0xC2 && at + 1 < text.size() &&
-                   static_cast<unsigned char>(text[at + 1]) < 0xA0) {
-            printable += '?'; // U+0080 to U+009F
-            ++at;
-        } else {
-            printable += text[at];
+        if (at > 0 && text[at] == '#' && text[at - 1] == '#') {
+            text[at] = '?';
+        } else if (begins && text.compare(at, 2, "::") == 0) {
+            text[at] = '?';
         }
+        const bool blank = text[at] == ' ' || text[at] == '\t';
+        begins = text[at] == '\n' || (begins && blank);
     }
-    return printable;
+    return text;
 }
 
 } // namespace
 
 std::string Printable(std::string_view text) {
-    return WithoutControls(text, false);
+    return WithoutCommands(TextProcessor::ReplaceControls(text, {}));
 }
 
 std::string PrintableLines(std::string_view text) {
-    return WithoutControls(text, true);
+    return WithoutCommands(TextProcessor::ReplaceControls(text, "\n\t"));
 }
 
 bool IsUtf8(std::string_view text) {

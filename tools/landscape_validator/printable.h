@@ -6,8 +6,9 @@
 
 namespace LandscapeValidator {
 
-/// Texts come from files and file names: what would move the cursor or change colours (control
-/// characters of both sets) becomes "?".
+/// Texts come from files and file names: what would move the cursor, change colours or turn the
+/// order of letters becomes "?", and what is no UTF-8 U+FFFD. What a build server would take for a
+/// command to itself gets a "?" in it.
 std::string Printable(std::string_view text);
 /// The same, but line ends stay: for messages of several lines.
 std::string PrintableLines(std::string_view text);

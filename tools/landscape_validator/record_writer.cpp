@@ -34,8 +34,16 @@ CRecordWriter::CRecordWriter(CRecordLoader& loader, const CLandscapeTables& tabl
 }
 
 CRecordWriter::~CRecordWriter() {
+    End();
+}
+
+void CRecordWriter::End() noexcept {
     if (m_thread.joinable()) {
-        Push({Step::Finish, 0, {}});
+        {
+            const std::lock_guard lock(m_mutex);
+            m_ended = true;
+        }
+        m_changed.notify_all();
         m_thread.join();
     }
 }
@@ -53,10 +61,7 @@ void CRecordWriter::EndFile(bool keep) {
 }
 
 void CRecordWriter::Finish() {
-    if (m_thread.joinable()) {
-        Push({Step::Finish, 0, {}});
-        m_thread.join();
-    }
+    End();
     if (m_failure) {
         std::rethrow_exception(std::exchange(m_failure, nullptr));
     }
@@ -78,13 +83,13 @@ void CRecordWriter::Work() noexcept {
         SItem item;
         {
             std::unique_lock lock(m_mutex);
-            m_changed.wait(lock, [this] { return !m_queue.empty(); });
+            m_changed.wait(lock, [this] { return !m_queue.empty() || m_ended; });
+            if (m_queue.empty()) {
+                return;
+            }
             item = std::move(m_queue.front());
             m_queue.pop_front();
             m_changed.notify_all();
-        }
-        if (item.step == Step::Finish) {
-            return;
         }
         try {
             // After a failure the queue is still emptied: the reader waits for its room.
@@ -116,8 +121,6 @@ void CRecordWriter::Do(const SItem& item) {
             m_loader.EndGroup(false);
             m_positions.CutTo(m_positionsBefore);
             m_entryCount = m_entriesBefore;
-            break;
-        case Step::Finish:
             break;
     }
 }

@@ -42,13 +42,15 @@ public:
     std::size_t GetEntryCount() const { return m_entryCount; }
 
 private:
-    enum class Step { BeginFile, Add, KeepFile, DropFile, Finish };
+    enum class Step { BeginFile, Add, KeepFile, DropFile };
     struct SItem {
         Step step;
         int fileIndex;
         std::string block;
     };
 
+    /// Waits for the thread; needs no memory, since it also ends what ran out of it.
+    void End() noexcept;
     void Push(SItem item);
     void Work() noexcept;
     void Do(const SItem& item);
@@ -69,6 +71,7 @@ private:
     std::mutex m_mutex; ///< guards the queue
     std::condition_variable m_changed;
     std::deque<SItem> m_queue;
+    bool m_ended = false; ///< nothing more comes
     std::thread m_thread;
 };
 

@@ -2,6 +2,7 @@
 #include "remote_cache.h"
 
 #include "platform/host_files.h"
+#include "platform/whole_file.h"
 
 #include <fmt/format.h>
 

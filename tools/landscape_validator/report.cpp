@@ -4,6 +4,7 @@
 #include "backups.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -20,8 +21,7 @@ constexpr char kPage[] = "ValidationResults.htm";
 constexpr char kRulesPage[] = "LandscapeValidationRules.htm";
 constexpr int kRulesPageResource = 201;
 
-// The export as a whole succeeds when its last part does, so each file is looked for. Those of an
-// earlier run are removed: they would tell of another landscape than the page beside them.
+// The export as a whole succeeds when its last part does, so each file is looked for.
 constexpr const char* kJsonFiles[] = {"FilterAllRules.json", "FilterAllFiles.json",
                                       "RulesDependingOnFile.json", "EllipseResult.json"};
 
@@ -30,40 +30,46 @@ constexpr int kToPage = 1;
 
 } // namespace
 
-CReport::CReport(CDBProcessor& processor, CRulesProcessor& rules, std::string folder)
-    : m_processor(processor), m_rules(rules), m_folder(std::move(folder)) {}
+CReport::CReport(CDBProcessor& processor, CRulesProcessor& rules, const CWorkFolder& folder)
+    : m_processor(processor), m_rules(rules), m_work(folder), m_folder(folder.GetReportFolder()) {}
 
 bool CReport::Check(bool done, const std::string& what) {
     if (!done && m_failure.empty()) {
         m_failure = what;
+        if (const std::string cause = CRulesProcessor::GetReportFailure(); !cause.empty()) {
+            m_failure += ": " + cause;
+        }
     }
     return done;
 }
 
 bool CReport::Write(bool withJson) {
     const _bstr_t folder(m_folder.c_str());
-    RemoveJsonFiles();
     CRulesProcessor::StartNewReport();
-    bool written =
-        Check(m_rules.PostProcess(_bstr_t(), folder, kToPage, 0, 0, _bstr_t()) && IsPageComplete(),
-              "the report page cannot be written");
+    Check(m_rules.PostProcess(_bstr_t(), folder, kToPage, 0, 0, _bstr_t()) && IsPageComplete(),
+          "the report page cannot be written");
     if (withJson) {
-        written = Check(m_rules.ExecuteExport(folder, kToFiles, 0, 0, _bstr_t()) && HasJsonFiles(),
-                        "the JSON files cannot be written") &&
-                  written;
+        Check(m_rules.ExecuteExport(folder, kToFiles, 0, 0, _bstr_t()) && HasJsonFiles(),
+              "the JSON files cannot be written");
     }
     m_rules.GenerateReport();
-    return Check(WriteRulesPage(), "the rules' documentation cannot be written") && written;
+    Check(WriteRulesPage(), "the rules' documentation cannot be written");
+    return m_failure.empty();
 }
 
-void CReport::RemoveJsonFiles() const {
-    for (const char* name : kJsonFiles) {
-        const fs::path path = fs::path(m_folder) / name;
-        std::error_code error;
-        if (fs::is_regular_file(path, error)) {
-            fs::remove(path, error);
-        }
+bool CReport::Publish(const std::vector<std::string>& others) {
+    // Also what only the trace tells, and what came after Write.
+    const std::string cause = CRulesProcessor::GetReportFailure();
+    if (m_failure.empty() && !cause.empty()) {
+        m_failure = "the report cannot be written: " + cause;
     }
+    std::vector<std::string> outdated(std::begin(kJsonFiles), std::end(kJsonFiles));
+    outdated.insert(outdated.end(), others.begin(), others.end());
+    std::string reason;
+    if (m_failure.empty() && !m_work.MoveReport(outdated, kPage, reason)) {
+        m_failure = "the report cannot be written: " + reason;
+    }
+    return m_failure.empty();
 }
 
 bool CReport::HasJsonFiles() const {
@@ -73,25 +79,36 @@ bool CReport::HasJsonFiles() const {
     });
 }
 
-bool CReport::IsPageComplete() const {
-    std::ifstream file(GetPagePath(), std::ios::binary);
+bool CReport::IsPageComplete() {
+    errno = 0;
+    std::ifstream file(PagePath(m_folder), std::ios::binary);
     std::string line;
     while (std::getline(file, line)) {
         if (line.find("JSON.parse(\"replacementholder.") != std::string::npos) {
             return false;
         }
     }
+    if (!file.eof() && errno != 0 && CRulesProcessor::GetReportFailure().empty()) {
+        Check(false, "the report page cannot be read: " + std::generic_category().message(errno));
+    }
     return file.eof();
 }
 
 bool CReport::WriteRulesPage() {
+    errno = 0;
     std::ofstream file(fs::path(m_folder) / kRulesPage, std::ios::binary);
     file << CXmlDbDocument::LoadInternalResource(kRulesPageResource, nullptr);
-    return static_cast<bool>(file.flush());
+    const int code = file ? 0 : errno;
+    file.close();
+    if (!file) {
+        const auto reason = std::generic_category().message(code == 0 ? errno : code);
+        Check(false, "the rules' documentation cannot be written: " + reason);
+    }
+    return static_cast<bool>(file);
 }
 
-std::string CReport::GetPagePath() const {
-    return (fs::path(m_folder) / kPage).string();
+std::string CReport::PagePath(const std::string& outputFolder) {
+    return (fs::path(outputFolder) / kPage).string();
 }
 
 SPageCounts CReport::ReadPageCounts() const {

@@ -35,7 +35,7 @@ void PrintSupportFiles(const SSupportReport& report, const std::string& heading,
         if (file.found && !file.problem.empty()) {
             out << (headed ? "" : "\nLeft out\n");
             out << fmt::format("  {}  from {}: {}\n", Printable(file.name), Printable(file.source),
-                               file.problem);
+                               Printable(file.problem));
             headed = true;
         }
     }

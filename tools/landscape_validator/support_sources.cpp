@@ -6,8 +6,11 @@
 
 #include <naxfewxmldb/naxfewxmldb.h>
 
+#include <array>
 #include <filesystem>
+#include <fstream>
 #include <sstream>
+#include <string_view>
 #include <system_error>
 
 namespace LandscapeValidator {
@@ -15,30 +18,62 @@ namespace LandscapeValidator {
 using namespace Nax::FrontEnd::XMLDB;
 namespace fs = std::filesystem;
 
+namespace {
+
+// The beginning of a database file, and in it the user's version, biggest byte first.
+constexpr std::size_t kHeaderSize = 100;
+constexpr std::string_view kMagic = "SQLite format 3";
+constexpr std::size_t kVersionAt = 60;
+constexpr std::string_view kUnfinished("\0\0\x4c\x56", 4);
+
+/// Empty or marked. Read as bytes: the database is opened in no other way by a run that follows.
+bool IsUnfinished(const std::string& database) {
+    std::error_code error;
+    if (!fs::is_regular_file(fs::symlink_status(database, error))) {
+        return false;
+    }
+    std::array<char, kHeaderSize> header{};
+    std::ifstream file(database, std::ios::binary);
+    if (!file.read(header.data(), header.size())) {
+        return file.eof() && file.gcount() == 0;
+    }
+    const std::string_view text(header.data(), header.size());
+    return text.starts_with(kMagic) && text.substr(kVersionAt, 4) == kUnfinished;
+}
+
+} // namespace
+
 bool WasInterrupted(const std::string& database) {
     std::error_code error;
     const auto size = fs::file_size(database + "-journal", error);
     return !error && size > 0;
 }
 
-void SettleDatabase() {
+std::string SettleDatabase() {
     CDBProcessor processor(true, Normal, _bstr_t(), _bstr_t());
     std::shared_ptr<IRecordset> rows;
     // Reading rolls the journal back.
-    if (processor.Process(openDB, std::wstringstream()) &&
-        processor.DB_ExecuteQuery("SELECT name FROM sqlite_master", rows)) {
-        rows->Close();
+    if (!processor.Process(openDB, std::wstringstream()) ||
+        !processor.DB_ExecuteQuery("SELECT name FROM sqlite_master", rows)) {
+        return processor.GetLastDBError();
     }
+    rows->MoveNext();
+    rows->Close();
+    return processor.GetStorageFailure();
 }
 
-void SettleBeforeRun(const std::string& database) {
+std::string SettleBeforeRun(const std::string& database) {
     if (WasInterrupted(database)) {
-        SettleDatabase();
+        const std::string failure = SettleDatabase();
+        if (WasInterrupted(database) && !failure.empty()) {
+            return failure;
+        }
     }
     std::error_code error;
-    if (fs::is_regular_file(database, error) && fs::file_size(database, error) == 0) {
-        fs::remove(database, error);
+    if (IsUnfinished(database) && !fs::remove(database, error)) {
+        return error.message();
     }
+    return {};
 }
 
 void CSupportSources::Add(const std::string& path) {
@@ -76,6 +111,10 @@ bool CSupportSources::AddFilesOfLastRun(const std::string& database, std::string
         }
     }
     rows->Close();
+    if (const std::string failure = processor.GetStorageFailure(); !failure.empty()) {
+        reason = "'" + database + "' cannot be read: " + failure;
+        return false;
+    }
     return true;
 }
 

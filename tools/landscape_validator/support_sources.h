@@ -12,13 +12,17 @@ namespace LandscapeValidator {
 /// Opening such a database writes to it.
 bool WasInterrupted(const std::string& database);
 
-/// Brings the output folder's database back to its last whole state, as far as that goes. Without
-/// its journal a copy would hold half a transaction.
-void SettleDatabase();
+/// Brings the output folder's database back to its last whole state. Without its journal a copy
+/// would hold half a transaction. Why that failed; empty when it did not.
+std::string SettleDatabase();
 
-/// The same before a run that makes the database anew and keeps this one as a backup. One that then
-/// is empty, since its run was killed while it loaded, is removed: it would only push out a backup.
-void SettleBeforeRun(const std::string& database);
+/// Put into a database while its run is going on, and taken out when all of its rows are there.
+inline constexpr char kMarkUnfinished[] = "PRAGMA user_version = 19542";
+inline constexpr char kMarkFinished[] = "PRAGMA user_version = 0";
+
+/// The same before a run that makes the database anew and keeps this one as a backup. One that was
+/// not finished, since its run failed or was killed, is removed: it would only push out a backup.
+std::string SettleBeforeRun(const std::string& database);
 
 /// The landscape files of a support archive.
 class CSupportSources {

@@ -17,6 +17,9 @@
 #include "rule_set.h"
 #include "schema_files.h"
 #include "support_sources.h"
+#include "work_folder.h"
+
+#include <naxfewxmldb/memory.h>
 
 #include <fmt/format.h>
 
@@ -55,28 +58,35 @@ public:
           m_err(err),
           m_output(options, out, err),
           m_ruleSet(options.rules),
-          m_files(options.includes) {}
+          m_files(options.includes, options.limits.files) {
+        SetXmlLimits(options.limits.xml);
+    }
 
     ExitCode Run() {
         if (!m_output.Prepare() || !LoadRuleSet() || !ReadCommandLineFiles() || !PrepareFolder()) {
             return Stop();
         }
-        if (!FillDatabase() || !RunRules()) {
-            // Now of all times support needs the files; the connection closes first.
-            m_rules.reset();
-            m_loader.reset();
-            m_processor.reset();
-            m_err << Collect();
-            return Stop();
+        if (!FillDatabase() || !RunRules() || !HadMemory()) {
+            return StopAfterFailure();
         }
         WriteReport();
         // Read after the report, which moves failed results without an entry to "no file": summary
         // and page tell the same.
         SFindings findings = CollectFindings(*m_processor, m_loader->GetOutcomes(), m_places);
         findings.SetSchemaGate(m_ruleSet.GetSchemaGate());
-        RemoveOldBackups(m_options.outputFolder, m_options.keepBackups);
-        RemoveOldSummaries(m_options.outputFolder, m_options.keepBackups + 1);
-        return Tell(findings);
+        const SPageCounts pageCounts = m_report->ReadPageCounts();
+        // Most operations go on after a statement that failed. When the database is not whole the
+        // findings may not be, and then neither report nor document may tell them. The same goes
+        // for memory.
+        if (!HadMemory() || !FinishDatabase()) {
+            return StopAfterFailure();
+        }
+        const bool published = PublishReport();
+        if (published) {
+            RemoveOldBackups(m_options.outputFolder, m_options.keepBackups);
+            RemoveOldSummaries(m_options.outputFolder, m_options.keepBackups + 1);
+        }
+        return Tell(findings, pageCounts, published);
     }
 
 private:
@@ -85,8 +95,24 @@ private:
         return false;
     }
 
+    /// An allocation that failed may have cost a finding: what is at hand must not be told as
+    /// whole.
+    bool HadMemory() {
+        return GetFailedAllocations() == 0 || Fail("out of memory: the files cannot be checked");
+    }
+
     /// Documents are written also of what could not be done.
     ExitCode Stop() { return m_output.Write({m_files}); }
+
+    /// Now of all times support needs the files; the connection closes first.
+    ExitCode StopAfterFailure() {
+        m_report.reset();
+        m_rules.reset();
+        m_loader.reset();
+        m_processor.reset();
+        m_err << Collect();
+        return Stop();
+    }
 
     /// Before anything is touched: whatever is wrong with the rules or the schema.
     bool LoadRuleSet() {
@@ -119,8 +145,7 @@ private:
     bool AddInputFile(const std::string& path) {
         const std::string reason = WhyUnreadable(path, Pipes::Untried);
         if (IsUtf8(path)) {
-            // A name like "a:b" would read as a URL everywhere else.
-            m_files.AddCommandLineFile(IsRemoteUrl(path) ? "./" + path : path);
+            m_files.AddCommandLineFile(AsLocalPath(path));
         }
         if (!reason.empty()) {
             m_output.AddError(fmt::format("cannot read '{}': {}", path, reason), path);
@@ -137,7 +162,7 @@ private:
         std::string reason = IsUtf8(name) ? "" : "the name that --stdin-name gives is not UTF-8";
         m_scratch = reason.empty() ? MakeScratchFolder(reason) : nullptr;
         const std::string path = m_scratch ? m_scratch->GetPath() + "/stdin.xml" : "";
-        if (!m_scratch || !CopyToFile(std::cin, path, reason)) {
+        if (!m_scratch || !CopyToFile(std::cin, path, m_options.limits.xml.fileSize, reason)) {
             return Fail("cannot read standard input: " + reason);
         }
         m_files.AddCommandLineFile(path, name);
@@ -167,6 +192,10 @@ private:
             case LockOutcome::Failed:
                 return Fail("cannot write into the output folder '" + folder + "': " + reason);
         }
+        m_work = std::make_unique<CWorkFolder>(folder);
+        if (!m_work->Make(reason)) {
+            return Fail("cannot write into the output folder '" + folder + "': " + reason);
+        }
         OverrideKnownFolder(KnownFolder::LocalAppData, fs::absolute(folder).string().c_str());
         if (!m_options.configFolder.empty()) {
             OverrideKnownFolder(KnownFolder::AppData,
@@ -175,8 +204,29 @@ private:
         return true;
     }
 
+    bool KeepEarlierDatabase() {
+        const std::string database = (fs::path(m_options.outputFolder) / "UILandscape.db").string();
+        const std::string failure = SettleBeforeRun(database);
+        std::string reason;
+        if (!failure.empty()) {
+            return Fail("the database '" + database +
+                        "' of an interrupted run cannot be settled: " + failure);
+        }
+        return MoveDatabaseAside(database, reason) ||
+               Fail("the earlier database '" + database +
+                    "' cannot be kept as a backup: " + reason);
+    }
+
+    bool FinishDatabase() {
+        const bool failed = !m_processor->GetStorageFailure().empty() ||
+                            !m_processor->DB_ExecuteQuery(kMarkFinished);
+        return !failed || FailDatabase("the findings cannot be stored");
+    }
+
     bool FillDatabase() {
-        SettleBeforeRun((fs::path(m_options.outputFolder) / "UILandscape.db").string());
+        if (!KeepEarlierDatabase()) {
+            return false;
+        }
         m_processor = MakeProcessor(m_options.rules.schema, Transactional);
         if (!m_processor->Process(createDB, std::wstringstream())) {
             return FailDatabase("the database cannot be made");
@@ -184,6 +234,9 @@ private:
         for (const char* setting : kDatabaseSettings) {
             m_processor->DB_ExecuteQuery(setting);
         }
+        m_processor->DB_ExecuteQuery(kWaitForReaders);
+        m_processor->DB_ExecuteQuery(kMarkUnfinished);
+        m_processor->DB_ExecuteQuery("PRAGMA busy_timeout = 0");
         m_loader = std::make_unique<CLandscapeLoader>(*m_processor, m_files);
         const bool loaded = m_loader->Load([this](const SLandscapeFile& file, std::size_t known) {
             ShowProgress("Reading " + std::to_string(file.index + 1) + " of " +
@@ -196,7 +249,8 @@ private:
         m_processor->DB_ExecuteQuery(kWaitForReaders);
         const bool committed = loaded && m_processor->Process(Commit, std::wstringstream()) &&
                                m_loader->InsertRemainingRows();
-        return committed || FailDatabase("the landscape cannot be stored");
+        const bool whole = m_processor->GetStorageFailure().empty();
+        return (committed && whole) || FailDatabase("the landscape cannot be stored");
     }
 
     bool RunRules() {
@@ -218,23 +272,33 @@ private:
                                       m_ruleSet.HasBuiltInRules());
         }
         ShowProgress({});
-        return done || FailDatabase("the rules cannot be run");
+        const bool whole = m_processor->GetStorageFailure().empty();
+        return (done && whole) || FailDatabase("the rules cannot be run");
     }
 
-    /// The findings are safe in the database: a report that cannot be written fails the run, but
-    /// the summary is still printed.
     void WriteReport() {
         ShowProgress("Writing the report");
-        m_report = std::make_unique<CReport>(*m_processor, *m_rules, m_options.outputFolder);
-        const bool written = m_report->Write(m_options.writeJson);
-        const std::string failure = ExportActions(*m_rules, m_ruleSet, m_options.outputFolder);
+        m_report = std::make_unique<CReport>(*m_processor, *m_rules, *m_work);
+        m_report->Write(m_options.writeJson);
+        m_actionFailure = ExportActions(*m_rules, m_ruleSet, m_work->GetReportFolder());
         ShowProgress({});
-        if (!written) {
-            Fail(m_report->GetFailure() + " into '" + m_options.outputFolder + "'");
+    }
+
+    /// The findings are safe in the database: a report that cannot be written fails the run and
+    /// leaves an earlier one as it was, but the summary is still printed.
+    bool PublishReport() {
+        std::vector<std::string> actionFiles;
+        for (const SRuleElement& action : m_ruleSet.GetActions()) {
+            actionFiles.push_back(action.Get("output"));
         }
-        if (!failure.empty()) {
-            Fail(failure);
+        const bool published = m_report->Publish(actionFiles);
+        if (!published) {
+            Fail("cannot write into '" + m_options.outputFolder + "': " + m_report->GetFailure());
         }
+        if (!m_actionFailure.empty()) {
+            Fail(m_actionFailure);
+        }
+        return published;
     }
 
     /// What went into the archive; empty when none was asked for.
@@ -245,7 +309,7 @@ private:
         ShowProgress("Collecting support files");
         std::ostringstream told;
         std::vector<std::string> failures;
-        CollectAfterRun(m_options.outputFolder, m_files, told, m_err, failures);
+        CollectAfterRun(m_options.outputFolder, *m_work, m_files, told, m_err, failures);
         ShowProgress({});
         for (const std::string& failure : failures) {
             Fail(failure);
@@ -253,20 +317,24 @@ private:
         return told.str();
     }
 
-    ExitCode Tell(const SFindings& findings) {
+    ExitCode Tell(const SFindings& findings, const SPageCounts& pageCounts, bool pageWritten) {
         const std::string collected = Collect();
-        if (m_options.openPage && !OpenInBrowser(m_report->GetPagePath())) {
-            Fail("no program could be started that opens '" + m_report->GetPagePath() + "'");
+        const std::string page = CReport::PagePath(m_options.outputFolder);
+        if (m_options.openPage && pageWritten && !OpenInBrowser(page)) {
+            Fail("no program could be started that opens '" + page + "'");
         }
         return m_output.Write({m_files, &m_loader->GetOutcomes(), &findings, m_rules->GetRules(),
-                               m_loader->GetEntryCount(), m_report->ReadPageCounts(),
-                               m_processor->GetDatabaseFileName(), m_report->GetPagePath(),
-                               collected, m_ruleSet.IsSchemaChosen(), m_ruleSet.GetSchemaGate(),
+                               m_loader->GetEntryCount(), pageCounts,
+                               m_processor->GetDatabaseFileName(), page, pageWritten, collected,
+                               m_ruleSet.IsSchemaChosen(), m_ruleSet.GetSchemaGate(),
                                m_ruleSet.HasBuiltInRules()});
     }
 
     bool FailDatabase(const std::string& message) {
-        return Fail(message + ":" + m_processor->GetLastDBError());
+        const std::string failure = m_processor->GetStorageFailure();
+        return Fail(failure.empty()
+                        ? message + ":" + m_processor->GetLastDBError()
+                        : message + " in '" + m_processor->GetDatabaseFileName() + "': " + failure);
     }
 
     /// One line that the next one replaces; for a person at a terminal only.
@@ -284,10 +352,12 @@ private:
     std::unique_ptr<IScratchFolder> m_scratch; ///< holds the copy of standard input
     CFileList m_files;
     std::unique_ptr<IFolderLock> m_lock;
+    std::unique_ptr<CWorkFolder> m_work; ///< goes before the lock does
     std::shared_ptr<CDBProcessor> m_processor;
     std::unique_ptr<CLandscapeLoader> m_loader;
     std::unique_ptr<CRulesProcessor> m_rules;
     std::unique_ptr<CReport> m_report;
+    std::string m_actionFailure; ///< why the actions of files did not write theirs
     FindingPlaces m_places;
 };
 

@@ -3,6 +3,7 @@
 #include "configuration.h"
 #include "formats/report_options.h"
 #include "include_options.h"
+#include "limit_options.h"
 #include "options.h"
 #include "validate_command.h"
 
@@ -115,6 +116,7 @@ void AddValidateCommand(CLI::App& app, const std::vector<std::string>& filesBehi
         "Landscape XML files to validate; \"-\" is standard input, a folder means its *.xml files");
     AddInputOptions(command, words->options.inputs);
     AddIncludeOptions(command, words->options.includes);
+    AddLimitOptions(command, words->options.limits);
     AddOutputOptions(command, *words);
     AddThresholdOptions(command, *words);
     AddRuleOptions(command, words->options.rules);
@@ -129,6 +131,7 @@ void AddValidateCommand(CLI::App& app, const std::vector<std::string>& filesBehi
         }
         SOptions options = words->options;
         ReadIncludeRoots(options.includes);
+        ReadLimits(options.limits);
         if (options.files.empty()) {
             throw CLI::RequiredError("FILE");
         }

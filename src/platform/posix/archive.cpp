@@ -12,6 +12,9 @@
 #include <cstdio>
 #include <limits>
 #include <memory>
+#include <new>
+
+#include <naxfewxmldb/memory.h>
 
 #include "descriptor.h"
 #include "platform/files.h"
@@ -72,6 +75,11 @@ int IsCancelled(zip_t* /*archive*/, void* state) noexcept {
 }
 
 std::string Reason(zip_t* archive, const SArchiveEntry* entry) {
+    // Not everything that lacked memory says so.
+    if (errno == ENOMEM || ::zip_error_code_zip(::zip_get_error(archive)) == ZIP_ER_MEMORY) {
+        NoteFailedAllocation();
+        return "out of memory";
+    }
     const std::string text = ::zip_strerror(archive);
     return entry == nullptr ? text : entry->name + ": " + text;
 }
@@ -85,8 +93,13 @@ bool CreateEmptyPrivateFile(const std::string& path) {
 std::string Write(const std::string& path, const std::vector<SArchiveEntry>& entries,
                   const std::string& key, const std::function<bool()>& isCancelled) {
     int code = 0;
+    errno = 0;
     Archive archive(::zip_open(path.c_str(), ZIP_CREATE | ZIP_TRUNCATE, &code));
     if (archive == nullptr) {
+        if (code == ZIP_ER_MEMORY || errno == ENOMEM) {
+            NoteFailedAllocation();
+            return "out of memory";
+        }
         zip_error_t error;
         ::zip_error_init_with_code(&error, code);
         std::string text = ::zip_error_strerror(&error);
@@ -130,10 +143,12 @@ std::string WriteArchive(const std::string& path, const std::vector<SArchiveEntr
     RemoveParts(path);
     const std::string part = path + ".part";
     std::string reason;
-    if (!CreateEmptyPrivateFile(part)) {
-        reason = SystemMessage(static_cast<DWORD>(errno));
-    } else {
-        reason = Write(part, entries, key, isCancelled);
+    try {
+        reason = CreateEmptyPrivateFile(part) ? Write(part, entries, key, isCancelled)
+                                              : SystemMessage(static_cast<DWORD>(errno));
+    } catch (const std::bad_alloc&) {
+        ::unlink(part.c_str());
+        throw;
     }
     if (reason.empty() && ::rename(part.c_str(), path.c_str()) != 0) {
         reason = SystemMessage(static_cast<DWORD>(errno));

@@ -3,13 +3,34 @@
 
 #include "support/text_conversion.h"
 
+#include <naxfewxmldb/memory.h>
 #include <naxfewxmldb/platform/xml_dom.h>
+
+#include <pthread.h>
+
+#include <memory>
 
 namespace {
 
+/// The calling thread's text. Kept by a key of the thread: the registration of a destructor, which
+/// a thread's object needs, ends the process when there is no memory for it.
 std::string& ThreadDescription() {
-    thread_local std::string description;
-    return description;
+    struct SKey {
+        pthread_key_t key{};
+        bool made = ::pthread_key_create(&key, [](void* text) {
+                        std::default_delete<std::string>()(static_cast<std::string*>(text));
+                    }) == 0;
+    };
+    static const SKey key;
+    auto* description = static_cast<std::string*>(::pthread_getspecific(key.key));
+    if (description == nullptr) {
+        auto created = std::make_unique<std::string>();
+        if (!key.made || ::pthread_setspecific(key.key, created.get()) != 0) {
+            throw std::bad_alloc();
+        }
+        description = created.release();
+    }
+    return *description;
 }
 
 } // namespace
@@ -25,7 +46,7 @@ void SetErrorDescription(std::string_view description) noexcept {
     try {
         ThreadDescription() = description;
     } catch (const std::bad_alloc&) {
-        ThreadDescription().clear();
+        // Without a text.
     }
 }
 
@@ -36,6 +57,7 @@ HRESULT ResultOfCurrentException() noexcept {
         SetErrorDescription(failure.what());
         return failure.Result();
     } catch (const std::bad_alloc&) {
+        NoteFailedAllocation();
         return E_OUTOFMEMORY;
     } catch (const _com_error& error) {
         return error.Error();

@@ -57,6 +57,7 @@ bool TakePrefix(std::string_view& text, std::string_view prefix) {
 std::vector<SFoundFile> FindFiles(const std::string& folder, const std::string& pattern) {
     std::vector<SFoundFile> found;
     const std::unique_ptr<DIR, CloseFolder> entries(::opendir(folder.c_str()));
+    SetLastError(entries == nullptr ? static_cast<DWORD>(errno) : 0);
     if (entries == nullptr) {
         return found;
     }

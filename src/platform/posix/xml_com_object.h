@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "xml_memory.h"
+
 #include <naxfewxmldb/platform/com_types.h>
 
 #include <atomic>
@@ -32,11 +34,15 @@ void SetErrorDescription(std::string_view description) noexcept;
 /// Turns the exception being handled into a result code; sets the thread's description.
 HRESULT ResultOfCurrentException() noexcept;
 
-/// Runs `operation`, which returns a result code and may throw.
+/// Runs `operation`, which returns a result code and may throw. An allocation of the XML libraries
+/// that failed meanwhile fails it, too.
 template <class Operation>
 HRESULT Guarded(Operation&& operation) noexcept {
     try {
-        return operation();
+        const CXmlMemoryWatch memory;
+        const HRESULT result = operation();
+        memory.ThrowIfFailed();
+        return result;
     } catch (...) {
         return ResultOfCurrentException();
     }

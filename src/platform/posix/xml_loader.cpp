@@ -2,6 +2,7 @@
 #include "xml_loader.h"
 
 #include "xml_com_object.h"
+#include "xml_memory.h"
 #include "xml_source.h"
 
 #include <libxml/parserInternals.h>
@@ -82,6 +83,7 @@ void ReceiveError(void* context, TErrorPointer error) {
 void InitializeOnce() {
     static std::once_flag once;
     std::call_once(once, [] {
+        InstallXmlMemory();
         xmlInitParser();
         xmlSchemaInitTypes();
         xsltInit();
@@ -91,6 +93,16 @@ void InitializeOnce() {
         xmlSetExternalEntityLoader(LoadForThread);
         xsltSetGenericErrorFunc(nullptr, MessageForThread);
     });
+}
+
+/// The libraries keep a state for each thread, which they make when they first meet it and without
+/// which they do not survive: it is not left to them to find out that there is no room.
+void PrepareThread() {
+    thread_local bool t_prepared = false;
+    if (!t_prepared) {
+        const std::unique_ptr<char[]> room(new char[2 * sizeof(xmlGlobalState)]);
+        t_prepared = xmlGetGlobalState() != nullptr;
+    }
 }
 
 xmlParserInputPtr NewInput(xmlParserCtxtPtr context, std::string_view text,
@@ -115,6 +127,7 @@ xmlParserInputPtr NewInput(xmlParserCtxtPtr context, std::string_view text,
 CXmlLibraryGuard::CXmlLibraryGuard(EXmlLoading loading, IXmlErrorReceiver* receiver)
     : m_loading(loading), m_outer(currentGuard), m_receiver(receiver) {
     InitializeOnce();
+    PrepareThread();
     m_outerStructured = xmlStructuredError;
     m_outerStructuredContext = xmlStructuredErrorContext;
     m_outerGeneric = xmlGenericError;

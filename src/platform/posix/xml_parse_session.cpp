@@ -6,11 +6,12 @@
 
 #include <libxml/SAX2.h>
 #include <libxml/parserInternals.h>
+#include <algorithm>
 
 namespace Nax::FrontEnd::XMLDB {
 
-CXmlParseSession::CXmlParseSession(CXmlSource& source, bool prohibitDtd)
-    : m_source(source), m_prohibitDtd(prohibitDtd) {}
+CXmlParseSession::CXmlParseSession(CXmlSource& source, bool prohibitDtd, const SXmlLimits& limits)
+    : m_source(source), m_prohibitDtd(prohibitDtd), m_limits(limits) {}
 
 CXmlParseSession::~CXmlParseSession() {
     TakeDocument();
@@ -50,9 +51,19 @@ void CXmlParseSession::Run(xmlSAXHandler& handler) {
                       XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_NOENT | XML_PARSE_COMPACT |
                           (m_source.IgnoresDeclaration() ? XML_PARSE_IGNORE_ENC : 0));
     xmlParseDocument(m_parser.get());
+    if (m_thrown) {
+        std::rethrow_exception(m_thrown);
+    }
+    m_memory.ThrowIfFailed();
     if (!m_source.Failure().empty()) {
         m_fatal = SXmlFault{.code = XML_IO_UNKNOWN,
                             .reason = "The file cannot be read: " + m_source.Failure() + "."};
+        return;
+    }
+    CheckNames();
+    if (!m_fatal && m_limits.IsExceeded()) {
+        m_fatal = SXmlFault{
+            .code = XML_ERR_USER_STOP, .reason = m_limits.Reason(), .offset = m_limits.Offset()};
     } else if (!m_fatal && m_parser->wellFormed == 0) {
         SetFatal(m_parser->errNo, "The document is not well-formed.");
     }
@@ -60,17 +71,83 @@ void CXmlParseSession::Run(xmlSAXHandler& handler) {
 
 int CXmlParseSession::ReadSource(void* context, char* buffer, int size) noexcept {
     auto* session = static_cast<CXmlParseSession*>(context);
-    // After the fault nothing more is wanted; the end of the input ends the parser safely.
-    return session->m_fatal ? 0 : session->m_source.Read(buffer, size);
+    int count = 0;
+    session->Contained([&] {
+        session->CheckNames();
+        // After the fault nothing more is wanted; the end of the input ends the parser safely.
+        if (!session->m_fatal && !session->m_memory.HasFailed()) {
+            count = session->ReadWithinLimits(buffer, size);
+        }
+    });
+    return count;
 }
 
-void CXmlParseSession::SetFatal(int code, std::string reason) noexcept {
+int CXmlParseSession::ReadWithinLimits(char* buffer, int size) {
+    // What stands before the part that is too large may still have a fault of its own.
+    int count = m_limits.IsExceeded() ? 0 : m_source.Read(buffer, size);
+    if (count > 0) {
+        count = static_cast<int>(m_limits.Scan({buffer, static_cast<std::size_t>(count)}));
+    }
+    if (count == 0 && m_limits.IsExceeded()) {
+        m_fatal = SXmlFault{
+            .code = XML_ERR_USER_STOP, .reason = m_limits.Reason(), .offset = m_limits.Offset()};
+        StopParser();
+    }
+    return count;
+}
+
+void CXmlParseSession::Refuse(const char* what, std::uint64_t limit, const char* name) {
+    SetFatal(XML_ERR_USER_STOP, m_limits.Describe(what, limit, name));
+}
+
+/// The parser keeps every name that it sees in a table that grows and becomes slow.
+void CXmlParseSession::CheckNames() {
+    constexpr std::size_t usageLimit = std::size_t{64} << 20U;
+    if (m_fatal || m_parser == nullptr || m_parser->dict == nullptr) {
+        return;
+    }
+    const std::uint64_t limit = m_limits.Limits().names;
+    if (static_cast<std::uint64_t>(xmlDictSize(m_parser->dict)) > limit ||
+        xmlDictGetUsage(m_parser->dict) > std::max<std::uint64_t>(usageLimit, limit * 100)) {
+        Refuse("different names, or names that are as long as so many", limit, "names");
+    }
+}
+
+bool CXmlParseSession::TakesStart(int namespaceCount, int defaulted, int count,
+                                  const xmlChar** attributes) {
+    const std::uint64_t limit = m_limits.Limits().attributes;
+    if (defaulted > 0 && static_cast<std::uint64_t>(count) > limit) {
+        Refuse("attributes in one element", limit, "attributes");
+    } else if (namespaceCount > 0 && static_cast<std::uint64_t>(m_parser->nsNr) / 2 > limit) {
+        Refuse("namespaces declared at one place", limit, "attributes");
+    } else if (defaulted > 0) {
+        constexpr std::size_t attributeSize = 32;
+        std::size_t bytes = 0;
+        for (std::ptrdiff_t at = count - defaulted; at < count; ++at) {
+            bytes += attributeSize +
+                     static_cast<std::size_t>(attributes[at * 5 + 4] - attributes[at * 5 + 3]);
+        }
+        return CountExpanded(bytes);
+    }
+    return !m_fatal;
+}
+
+void CXmlParseSession::SetFatal(int code, std::string reason) {
     if (!m_fatal) {
         const std::size_t offset =
             m_parser == nullptr || Input() == nullptr ? SXmlFault::NoOffset : Offset();
         m_fatal = SXmlFault{.code = code == 0 ? XML_ERR_INTERNAL_ERROR : code,
                             .reason = std::move(reason),
                             .offset = offset};
+        StopParser();
+    }
+}
+
+/// Leaves the parser nothing to read: parameter entities that refer to themselves keep it busy for
+/// ever after it has told so. Its own state of having stopped would, too.
+void CXmlParseSession::StopParser() noexcept {
+    for (int at = 0; m_parser != nullptr && at < m_parser->inputNr; ++at) {
+        m_parser->inputTab[at]->cur = m_parser->inputTab[at]->end;
     }
 }
 
@@ -82,13 +159,19 @@ void CXmlParseSession::OnXmlError(const xmlError& error) noexcept {
             SetFatal(error.code, DescribeSyntaxFault(error));
         }
     } catch (const std::exception&) {
-        SetFatal(XML_ERR_NO_MEMORY, std::string());
+        KeepException();
     }
+}
+
+void CXmlParseSession::KeepException() noexcept {
+    m_thrown = std::current_exception();
+    // Ends the parse: nothing more is read or reported.
+    m_fatal.emplace();
 }
 
 void CXmlParseSession::OnSchemaError(const xmlError& /*error*/) {}
 
-bool CXmlParseSession::CountExpanded(std::size_t bytes) noexcept {
+bool CXmlParseSession::CountExpanded(std::size_t bytes) {
     constexpr std::size_t limit = 10'000'000;
     m_expandedBytes += bytes;
     if (m_expandedBytes > limit && m_expandedBytes > 5 * Offset()) {
@@ -98,23 +181,16 @@ bool CXmlParseSession::CountExpanded(std::size_t bytes) noexcept {
     return !m_fatal;
 }
 
-bool CXmlParseSession::CountDefaulted(int defaulted, int count,
-                                      const xmlChar** attributes) noexcept {
-    std::size_t bytes = 0;
-    for (std::ptrdiff_t at = count - defaulted; at < count; ++at) {
-        bytes += static_cast<std::size_t>(attributes[at * 5 + 4] - attributes[at * 5 + 3]);
-    }
-    return CountExpanded(bytes);
-}
-
 void CXmlParseSession::OnInternalSubset(void* context, const xmlChar* name, const xmlChar* publicId,
                                         const xmlChar* systemId) {
     auto* session = SessionOf<CXmlParseSession>(context);
-    if (session->m_prohibitDtd) {
-        session->SetFatal(XML_ERR_DOCTYPE_NOT_FINISHED,
-                          "The document has a document type declaration (DOCTYPE), which is not "
-                          "allowed.");
-    }
+    session->Contained([session] {
+        if (session->m_prohibitDtd) {
+            session->SetFatal(XML_ERR_DOCTYPE_NOT_FINISHED,
+                              "The document has a document type declaration (DOCTYPE), which is "
+                              "not allowed.");
+        }
+    });
     xmlSAX2InternalSubset(context, name, publicId, systemId);
 }
 
@@ -126,14 +202,27 @@ void CXmlParseSession::OnEntityDeclaration(void* context, const xmlChar* name, i
 }
 
 xmlEntityPtr CXmlParseSession::OnGetEntity(void* context, const xmlChar* name) {
-    return SessionOf<CXmlParseSession>(context)->Allowed(xmlSAX2GetEntity(context, name));
+    xmlEntityPtr entity = nullptr;
+    auto* session = SessionOf<CXmlParseSession>(context);
+    session->Contained([&] { entity = session->Allowed(xmlSAX2GetEntity(context, name)); });
+    return entity;
 }
 
 xmlEntityPtr CXmlParseSession::OnGetParameterEntity(void* context, const xmlChar* name) {
-    return SessionOf<CXmlParseSession>(context)->Allowed(xmlSAX2GetParameterEntity(context, name));
+    xmlEntityPtr allowed = nullptr;
+    auto* session = SessionOf<CXmlParseSession>(context);
+    session->Contained([&] {
+        const xmlEntityPtr entity = session->Allowed(xmlSAX2GetParameterEntity(context, name));
+        // The parser bounds the text that they expand to, but not how often, which may be for
+        // nothing.
+        constexpr std::size_t referenceSize = 32;
+        const std::size_t length = entity == nullptr ? 0 : static_cast<std::size_t>(entity->length);
+        allowed = session->CountExpanded(referenceSize + length) ? entity : nullptr;
+    });
+    return allowed;
 }
 
-xmlEntityPtr CXmlParseSession::Allowed(xmlEntityPtr entity) noexcept {
+xmlEntityPtr CXmlParseSession::Allowed(xmlEntityPtr entity) {
     if (entity == nullptr || (entity->etype != XML_EXTERNAL_GENERAL_PARSED_ENTITY &&
                               entity->etype != XML_EXTERNAL_PARAMETER_ENTITY)) {
         return entity;

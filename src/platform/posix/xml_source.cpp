@@ -11,8 +11,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <system_error>
+#include <utility>
 
 namespace Nax::FrontEnd::XMLDB {
 
@@ -31,6 +33,18 @@ int OpenForReading(const std::string& path) {
         throw CXmlFailure("The file \"" + path + "\" cannot be opened: " + SystemReason(errno) +
                           ".");
     }
+    return file;
+}
+
+/// A file without a name, in the folder for temporary files.
+int OpenTemporaryFile() {
+    const char* folder = std::getenv("TMPDIR");
+    std::string path = std::string(folder == nullptr || *folder == 0 ? "/tmp" : folder) + "/XXXXXX";
+    const int file = ::mkostemp(path.data(), O_CLOEXEC);
+    if (file < 0) {
+        throw CXmlFailure("A temporary file cannot be made: " + SystemReason(errno) + ".");
+    }
+    ::unlink(path.c_str());
     return file;
 }
 
@@ -71,6 +85,9 @@ CXmlSource::~CXmlSource() {
     if (m_file >= 0) {
         ::close(m_file);
     }
+    if (m_pipe >= 0) {
+        ::close(m_pipe);
+    }
 }
 
 std::unique_ptr<CXmlSource> CXmlSource::FromFile(const std::string& path) {
@@ -81,9 +98,7 @@ std::unique_ptr<CXmlSource> CXmlSource::FromFile(const std::string& path) {
         throw CXmlFailure("\"" + path + "\" is a directory, not a file.");
     }
     if (!S_ISREG(status.st_mode)) {
-        source->m_text = ReadAll(source->m_file, path);
-        ::close(source->m_file);
-        source->m_file = -1;
+        source->m_pipe = std::exchange(source->m_file, OpenTemporaryFile());
     }
     source->Examine();
     if (!source->m_failure.empty()) {
@@ -104,7 +119,14 @@ std::unique_ptr<CXmlSource> CXmlSource::FromText(std::string text) {
 
 void CXmlSource::Examine() {
     char head[HeadSize];
-    const long size = ReadRaw(head, sizeof(head));
+    long size = 0;
+    for (long count = 1; count > 0 && size < static_cast<long>(sizeof(head)); size += count) {
+        count =
+            ReadRaw(head + size, sizeof(head) - static_cast<std::size_t>(size)); // pipes trickle
+        if (count < 0) {
+            return;
+        }
+    }
     if (size > 0) {
         const SXmlEncoding encoding = DetectEncoding({head, static_cast<std::size_t>(size)});
         m_rawStart = encoding.markLength;
@@ -132,12 +154,45 @@ void CXmlSource::Rewind() noexcept {
     }
 }
 
+/// Makes the next bytes stand in the temporary file, unless the pipe has ended.
+bool CXmlSource::SpoolFromPipe(std::size_t size) noexcept {
+    char piece[std::size_t{16} * 1024];
+    while (m_rawPosition >= m_spooled) {
+        const ssize_t count = ::read(m_pipe, piece, std::min(size, sizeof(piece)));
+        if (count == 0) {
+            return true;
+        }
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count < 0) {
+            m_failure = SystemReason(errno);
+            return false;
+        }
+        for (ssize_t done = 0; done < count;) {
+            const ssize_t written =
+                ::pwrite(m_file, piece + done, static_cast<std::size_t>(count - done),
+                         static_cast<off_t>(m_spooled));
+            if (written < 0 && errno != EINTR) {
+                m_failure = "its temporary copy cannot be written: " + SystemReason(errno);
+                return false;
+            }
+            done += std::max<ssize_t>(written, 0);
+            m_spooled += static_cast<std::size_t>(std::max<ssize_t>(written, 0));
+        }
+    }
+    return true;
+}
+
 long CXmlSource::ReadRaw(char* buffer, std::size_t size) noexcept {
     if (m_file < 0) {
         const std::size_t count = std::min(size, m_text.size() - m_rawPosition);
         std::memcpy(buffer, m_text.data() + m_rawPosition, count);
         m_rawPosition += count;
         return static_cast<long>(count);
+    }
+    if (m_pipe >= 0 && !SpoolFromPipe(size)) {
+        return -1;
     }
     for (;;) {
         const ssize_t count = ::pread(m_file, buffer, size, static_cast<off_t>(m_rawPosition));

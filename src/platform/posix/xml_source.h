@@ -18,10 +18,10 @@ std::string FileUrlOf(const std::string& path);
 /// One XML text as a stream of UTF-8 bytes without a byte-order mark, as often as wanted.
 ///
 /// Files are read in large pieces by position and never as a whole; what is no regular file (a
-/// pipe) is read once into memory. Texts in another encoding than UTF-8 are converted on the way,
-/// so that every offset in the stream means the same thing to the parser and to whoever looks for
-/// the line at a fault. Bytes that the encoding does not allow come out as 0xFF, which no parser
-/// takes for a character. One thread at a time.
+/// pipe) goes into a temporary file as far as it is read. Texts in another encoding than UTF-8 are
+/// converted on the way, so that every offset in the stream means the same thing to the parser and
+/// to whoever looks for the line at a fault. Bytes that the encoding does not allow come out as
+/// 0xFF, which no parser takes for a character. One thread at a time.
 class CXmlSource {
 public:
     /// Throws CXmlFailure with the system's reason when the file cannot be opened or read.
@@ -51,10 +51,13 @@ private:
     void Examine();
     void Start(std::string_view head);
     long ReadRaw(char* buffer, std::size_t size) noexcept;
+    bool SpoolFromPipe(std::size_t size) noexcept;
     bool Fill() noexcept;
     bool FillConverted() noexcept;
 
     int m_file = -1;
+    int m_pipe = -1; ///< what m_file is filled from, when that is a temporary file
+    std::size_t m_spooled = 0;
     std::string m_text; ///< the raw bytes when there is no file
     std::size_t m_rawPosition = 0;
     std::size_t m_rawStart = 0; ///< length of the byte-order mark

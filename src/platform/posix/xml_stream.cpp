@@ -21,7 +21,9 @@ std::string_view ViewOf(const xmlChar* text, int length) {
 } // namespace
 
 CXmlStream::CXmlStream(CXmlSource& source, const SXmlStreamOptions& options)
-    : CXmlParseSession(source, options.prohibitDtd), m_source(source), m_options(options) {}
+    : CXmlParseSession(source, options.prohibitDtd, GetXmlLimits()),
+      m_source(source),
+      m_options(options) {}
 
 CXmlStream::~CXmlStream() {
     if (m_plug != nullptr) {
@@ -80,12 +82,14 @@ void CXmlStream::OnStartElement(void* context, const xmlChar* name, const xmlCha
                                 int count, int defaulted, const xmlChar** attributes) {
     auto* stream = SessionOf<CXmlStream>(context);
     constexpr std::size_t elementSize = 32;
-    if (stream->Fatal() ||
-        (defaulted > 0 && !stream->CountDefaulted(defaulted, count, attributes)) ||
-        (stream->IsEntity(context) && !stream->CountExpanded(elementSize))) {
+    if (stream->Fatal()) {
         return;
     }
-    try {
+    stream->Contained([&] {
+        if (!stream->TakesStart(namespaceCount, defaulted, count, attributes) ||
+            (stream->IsEntity(context) && !stream->CountExpanded(elementSize))) {
+            return;
+        }
         const xmlParserInputPtr input = stream->Input();
         ++stream->m_event;
         stream->m_inEntity = stream->IsEntity(context);
@@ -118,9 +122,7 @@ void CXmlStream::OnStartElement(void* context, const xmlChar* name, const xmlCha
                                                 attributes);
         }
         stream->m_startEvent = {};
-    } catch (const std::exception&) {
-        stream->SetFatal(XML_ERR_NO_MEMORY, "There is not enough memory to read the document.");
-    }
+    });
 }
 
 void CXmlStream::OnEndElement(void* context, const xmlChar* name, const xmlChar* prefix,
@@ -129,14 +131,16 @@ void CXmlStream::OnEndElement(void* context, const xmlChar* name, const xmlChar*
     if (stream->Fatal() || stream->m_open.empty()) {
         return;
     }
-    ++stream->m_event;
-    if (stream->m_open.back().isValidated) {
-        stream->m_validator->endElementNs(stream->m_validatorData, name, prefix, uri);
-    }
-    if (stream->m_options.sink != nullptr) {
-        stream->m_options.sink->EndElement(XMLDB::ViewOf(stream->m_open.back().name));
-    }
-    stream->m_open.pop_back();
+    stream->Contained([&] {
+        ++stream->m_event;
+        if (stream->m_open.back().isValidated) {
+            stream->m_validator->endElementNs(stream->m_validatorData, name, prefix, uri);
+        }
+        if (stream->m_options.sink != nullptr) {
+            stream->m_options.sink->EndElement(XMLDB::ViewOf(stream->m_open.back().name));
+        }
+        stream->m_open.pop_back();
+    });
 }
 
 void CXmlStream::ReportText(const xmlChar* text, int length) {
@@ -157,31 +161,35 @@ void CXmlStream::ReportText(const xmlChar* text, int length) {
     }
 }
 
-bool CXmlStream::TakesText(void* context, int length) noexcept {
+bool CXmlStream::TakesText(void* context, int length) {
     return !Fatal() && !m_open.empty() &&
            (!IsEntity(context) || CountExpanded(static_cast<std::size_t>(length)));
 }
 
 void CXmlStream::OnCharacters(void* context, const xmlChar* text, int length) {
     auto* stream = SessionOf<CXmlStream>(context);
-    if (!stream->TakesText(context, length)) {
-        return;
-    }
-    stream->ReportText(text, length);
-    if (stream->m_open.back().isValidated) {
-        stream->m_validator->characters(stream->m_validatorData, text, length);
-    }
+    stream->Contained([&] {
+        if (!stream->TakesText(context, length)) {
+            return;
+        }
+        stream->ReportText(text, length);
+        if (stream->m_open.back().isValidated) {
+            stream->m_validator->characters(stream->m_validatorData, text, length);
+        }
+    });
 }
 
 void CXmlStream::OnCdata(void* context, const xmlChar* text, int length) {
     auto* stream = SessionOf<CXmlStream>(context);
-    if (!stream->TakesText(context, length)) {
-        return;
-    }
-    stream->ReportText(text, length);
-    if (stream->m_open.back().isValidated) {
-        stream->m_validator->cdataBlock(stream->m_validatorData, text, length);
-    }
+    stream->Contained([&] {
+        if (!stream->TakesText(context, length)) {
+            return;
+        }
+        stream->ReportText(text, length);
+        if (stream->m_open.back().isValidated) {
+            stream->m_validator->cdataBlock(stream->m_validatorData, text, length);
+        }
+    });
 }
 
 } // namespace Nax::FrontEnd::XMLDB

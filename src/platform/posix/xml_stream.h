@@ -62,7 +62,7 @@ private:
 
     void OnSchemaError(const xmlError& error) override;
     void ReportStart(const xmlChar* name, const SAttributeEvent& event, long line);
-    bool TakesText(void* context, int length) noexcept;
+    bool TakesText(void* context, int length);
     void ReportText(const xmlChar* text, int length);
     void StartValidation(const xmlChar* rootUri);
     /// False when the element is not for the validator.

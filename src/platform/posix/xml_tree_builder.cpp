@@ -6,15 +6,29 @@
 
 #include <libxml/SAX2.h>
 #include <libxml/parserInternals.h>
+#include <algorithm>
 
 namespace Nax::FrontEnd::XMLDB {
 
 namespace {
 
+/// Those in force, but for none less than by default: the library's own documents are trees, too.
+SXmlLimits LimitsOfTrees() {
+    SXmlLimits limits = GetXmlLimits();
+    const SXmlLimits defaults;
+    for (std::uint64_t SXmlLimits::*limit :
+         {&SXmlLimits::depth, &SXmlLimits::attributes, &SXmlLimits::tagSize, &SXmlLimits::textSize,
+          &SXmlLimits::doctypeSize, &SXmlLimits::names, &SXmlLimits::fileSize}) {
+        limits.*limit = std::max(limits.*limit, defaults.*limit);
+    }
+    return limits;
+}
+
 /// A parse whose outcome is a tree.
 class CTreeSession : public CXmlParseSession {
 public:
-    CTreeSession(CXmlSource& source, bool prohibitDtd) : CXmlParseSession(source, prohibitDtd) {}
+    CTreeSession(CXmlSource& source, bool prohibitDtd)
+        : CXmlParseSession(source, prohibitDtd, LimitsOfTrees()) {}
 
     TDocHandle Build() {
         xmlSAXHandler handler = {};
@@ -30,8 +44,9 @@ private:
                                const xmlChar* uri, int namespaceCount, const xmlChar** namespaces,
                                int count, int defaulted, const xmlChar** attributes) {
         auto* session = SessionOf<CTreeSession>(context);
-        if (session->Fatal() ||
-            (defaulted > 0 && !session->CountDefaulted(defaulted, count, attributes))) {
+        session->Contained(
+            [&] { session->TakesStart(namespaceCount, defaulted, count, attributes); });
+        if (session->Fatal()) {
             return;
         }
         xmlSAX2StartElementNs(context, name, prefix, uri, namespaceCount, namespaces, count,

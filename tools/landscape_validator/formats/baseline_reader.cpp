@@ -61,7 +61,7 @@ json Parse(const std::string& text) {
     try {
         return json::parse(CLineCountingIterator(text.data(), line),
                            CLineCountingIterator(text.data() + text.size(), line));
-    } catch (const json::parse_error& error) {
+    } catch (const json::exception& error) { // not JSON, or a number that is too large
         // The library's text begins with its own id and place.
         const std::string what = error.what();
         const std::size_t colon = what.find(": ");

@@ -2,7 +2,7 @@
 #include "findings.h"
 #include "formats/baseline.h"
 #include "formats/json_writer.h"
-#include "formats/output_file.h"
+#include "platform/whole_file.h"
 
 #include <algorithm>
 #include <tuple>
@@ -66,7 +66,7 @@ void WriteSuppression(CJsonWriter& json, const SSuppression& entry) {
 } // namespace
 
 bool WriteBaseline(const std::string& path, const SBaseline& baseline, std::string& reason) {
-    return WriteWholeFile(
+    return Nax::FrontEnd::XMLDB::WriteWholeFile(
         path,
         [&baseline](std::ostream& out) {
             CJsonWriter json(out);

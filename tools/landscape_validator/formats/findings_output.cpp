@@ -3,17 +3,18 @@
 
 #include "formats/baseline_matcher.h"
 #include "formats/findings_writer.h"
-#include "formats/output_file.h"
 #include "formats/shown_findings.h"
 #include "formats/suppressions.h"
 #include "formats/text_encoding.h"
 #include "platform/host.h"
+#include "platform/whole_file.h"
 #include "printable.h"
 #include "summary.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
@@ -270,12 +271,15 @@ void CFindingsOutput::WriteFormat(const SFormatOutput& output, const SRunOutcome
             CountSarifResults(*report), kManySarifResults);
     }
     if (!toFile) {
+        errno = 0;
         write(m_out);
         if (!m_out.flush()) {
-            Fail(output.format == Format::Text
-                     ? std::string("the summary cannot be written to standard output")
-                     : fmt::format("the {} document cannot be written to standard output",
-                                   NameOf(output.format)));
+            const int code = errno;
+            const std::string what = output.format == Format::Text
+                                         ? "summary"
+                                         : NameOf(output.format) + std::string(" document");
+            Fail(fmt::format("the {} cannot be written to standard output{}", what,
+                             code == 0 ? "" : ": " + std::generic_category().message(code)));
         }
         return;
     }
@@ -283,7 +287,7 @@ void CFindingsOutput::WriteFormat(const SFormatOutput& output, const SRunOutcome
         return;
     }
     std::string reason;
-    if (!WriteWholeFile(output.file, write, reason)) {
+    if (!Nax::FrontEnd::XMLDB::WriteWholeFile(output.file, write, reason)) {
         Fail(fmt::format("cannot write '{}': {}", output.file, reason));
     }
 }
@@ -323,7 +327,7 @@ void CFindingsOutput::WritePaths(std::ostream& stream, const SRunOutcome& run) c
                << (*m_written == 1 ? " entry)\n" : " entries)\n");
     }
     stream << run.collected << "Database: " << run.database << '\n'
-           << "Report: " << run.page << '\n';
+           << (run.pageWritten ? "Report: " + run.page + '\n' : "");
 }
 
 ExitCode CFindingsOutput::ExitCodeOf(const SRunOutcome& run, const SReport* report) const {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "formats/findings_writer.h"
-#include "printable.h"
+
+#include <naxfewxmldb/text_processor.h>
 
 #include <fmt/format.h>
 
@@ -30,7 +31,7 @@ std::string Escaped(std::string_view text, bool property) {
             escaped += character;
         }
     }
-    return PrintableLines(escaped);
+    return Nax::FrontEnd::XMLDB::TextProcessor::ReplaceControls(escaped, "\t");
 }
 
 const char* CommandOf(Severity severity) {

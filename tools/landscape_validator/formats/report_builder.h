@@ -21,6 +21,7 @@ struct SRunOutcome {
     SPageCounts pageCounts = {};
     std::string database = {};
     std::string page = {};
+    bool pageWritten = true;    ///< else what stands there tells of an earlier run
     std::string collected = {}; ///< what went into the support archive, for people
     bool schemaChecked = true;
     Severity schemaSeverity = Severity::Error; ///< that violations of the schema count as

@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "formats/text_encoding.h"
 
+#include <naxfewxmldb/text_processor.h>
+
 #include <fmt/format.h>
 
 #include <iterator>
 
 namespace LandscapeValidator {
+
+using Nax::FrontEnd::XMLDB::TextProcessor;
 
 namespace {
 
@@ -13,14 +17,17 @@ unsigned ByteAt(std::string_view text, std::size_t at) {
     return static_cast<unsigned char>(text[at]);
 }
 
-/// True for the characters that neither JSON nor XML has to escape anywhere.
+/// True for the characters that neither JSON nor XML has to escape anywhere. Of "##" and "::" the
+/// second character is escaped: build servers look for commands in what programs print.
 bool IsPlain(unsigned byte) {
     return byte >= 0x20 && byte < 0x7F && byte != '"' && byte != '\\' && byte != '&' &&
-           byte != '<' && byte != '>';
+           byte != '<' && byte != '>' && byte != '#' && byte != ':';
 }
 
-bool IsControl(char32_t character) {
-    return character < 0x20 || (character >= 0x7F && character < 0xA0);
+/// True when `character` would be the second of such a pair.
+bool Doubles(const std::string& out, char32_t character) {
+    return (character == '#' || character == ':') && !out.empty() &&
+           out.back() == static_cast<char>(character);
 }
 
 /// Hands runs of plain characters to `out` at once and every other character to `escape`.
@@ -123,7 +130,7 @@ void AppendJsonEscaped(std::string& out, std::string_view text) {
             out += "\\n";
         } else if (character == '\t') {
             out += "\\t";
-        } else if (IsControl(character)) {
+        } else if (TextProcessor::IsControl(character) || Doubles(out, character)) {
             fmt::format_to(std::back_inserter(out), "\\u{:04x}", static_cast<unsigned>(character));
         } else {
             AppendUtf8(out, character);
@@ -144,7 +151,8 @@ void AppendXmlEscaped(std::string& out, std::string_view text, bool attribute) {
             out += "&quot;";
         } else if ((character < 0x20 && !space) || character == 0xFFFE || character == 0xFFFF) {
             AppendUtf8(out, kReplacementCharacter);
-        } else if (IsControl(character) && (attribute || character == '\r' || !space)) {
+        } else if (Doubles(out, character) || (TextProcessor::IsControl(character) &&
+                                               (attribute || character == '\r' || !space))) {
             fmt::format_to(std::back_inserter(out), "&#{};", static_cast<unsigned>(character));
         } else {
             AppendUtf8(out, character);

@@ -19,8 +19,8 @@ void AppendUtf8(std::string& out, char32_t character);
 /// `text` with a replacement character for each byte that is no UTF-8.
 std::string ValidUtf8(std::string_view text);
 
-/// Appends `text` as the inside of a JSON string. Control characters of both sets are escaped, so
-/// that a document may be shown on a terminal; what is no UTF-8 is replaced.
+/// Appends `text` as the inside of a JSON string. What a terminal would obey is escaped, so that
+/// a document may be shown on one; what is no UTF-8 is replaced.
 void AppendJsonEscaped(std::string& out, std::string_view text);
 
 /// Appends `text` as content or attribute value of XML 1.0. Characters that XML does not allow are

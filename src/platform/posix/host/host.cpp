@@ -51,7 +51,8 @@ LockOutcome LockFolder(const std::string& folder, std::unique_ptr<IFolderLock>& 
                        std::string& message) {
     const std::string path = folder + "/" + kLockFile;
     for (;;) {
-        const int file = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+        // Somebody else's link would have the file made wherever it points to.
+        const int file = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666);
         if (file < 0) {
             message = std::generic_category().message(errno);
             return LockOutcome::Failed;
@@ -79,6 +80,20 @@ void FillClosedStandardStreams() {
     }
 }
 
+void WriteError(std::string_view text) noexcept {
+    const ssize_t written = write(STDERR_FILENO, text.data(), text.size());
+    static_cast<void>(written);
+}
+
+void WriteErrorAndEnd(std::string_view text, int exitCode) noexcept {
+    WriteError(text);
+    _exit(exitCode);
+}
+
+void LetLimitsFailWrites() {
+    std::signal(SIGXFSZ, SIG_IGN);
+}
+
 void WatchStopSignals() {
     struct sigaction action = {};
     action.sa_handler = &RequestStop;
@@ -90,7 +105,6 @@ void WatchStopSignals() {
             sigaction(signal, &action, nullptr);
         }
     }
-    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 bool IsStopRequested() {

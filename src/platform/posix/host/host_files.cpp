@@ -1,17 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/host_files.h"
 
+#include "descriptor.h"
 #include "utf8_locale.h"
 
+#include <fcntl.h>
 #include <fnmatch.h>
 #include <libxml/xmlreader.h>
 #include <pwd.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <string_view>
@@ -23,9 +27,23 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr char kScratchPrefix[] = "landscape-validator-";
+constexpr std::time_t kDay = std::time_t{24} * 60 * 60;
+
+/// -1 when it cannot be opened or another process has locked it.
+int OpenLocked(const std::string& folder) {
+    const int file = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (file >= 0 && flock(file, LOCK_EX | LOCK_NB) != 0) {
+        close(file);
+        return -1;
+    }
+    return file;
+}
+
 class CScratchFolder : public IScratchFolder {
 public:
-    explicit CScratchFolder(std::string path) : m_path(std::move(path)) {}
+    explicit CScratchFolder(std::string path)
+        : m_path(std::move(path)), m_lock(OpenLocked(m_path)) {}
     CScratchFolder(const CScratchFolder&) = delete;
     CScratchFolder& operator=(const CScratchFolder&) = delete;
     ~CScratchFolder() override {
@@ -36,22 +54,32 @@ public:
 
 private:
     std::string m_path;
+    CDescriptor m_lock; ///< tells others that somebody works here
 };
+
+/// What no living process has locked, is old enough to have been locked, and is ours.
+void RemoveLeftScratchFolders(const fs::path& parent) {
+    std::error_code error;
+    for (fs::directory_iterator entry(parent, error), end; !error && entry != end;
+         entry.increment(error)) {
+        struct stat status = {};
+        const fs::path& path = entry->path();
+        if (!path.filename().string().starts_with(kScratchPrefix) ||
+            lstat(path.c_str(), &status) != 0 || !S_ISDIR(status.st_mode) ||
+            status.st_uid != geteuid() || std::time(nullptr) - status.st_mtime < kDay) {
+            continue;
+        }
+        const CDescriptor lock(OpenLocked(path));
+        if (lock.IsOpen()) {
+            std::error_code ignored;
+            fs::remove_all(path, ignored);
+        }
+    }
+}
 
 std::string AbsoluteVariable(const char* name) {
     const char* value = std::getenv(name);
     return value != nullptr && *value == '/' ? value : "";
-}
-
-bool WriteAll(int file, std::string_view content) {
-    while (!content.empty()) {
-        const ssize_t written = write(file, content.data(), content.size());
-        if (written < 0 && errno != EINTR) {
-            return false;
-        }
-        content.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
-    }
-    return true;
 }
 
 struct SReaderDeleter {
@@ -63,33 +91,15 @@ struct SReaderDeleter {
 std::unique_ptr<IScratchFolder> MakeScratchFolder(std::string& message) {
     std::error_code error;
     const fs::path parent = fs::temp_directory_path(error);
-    std::string path = (parent / "landscape-validator-XXXXXX").string();
+    std::string path = (parent / (std::string(kScratchPrefix) + "XXXXXX")).string();
+    if (!error) {
+        RemoveLeftScratchFolders(parent);
+    }
     if (error || mkdtemp(path.data()) == nullptr) {
         message = error ? error.message() : std::generic_category().message(errno);
         return nullptr;
     }
     return std::make_unique<CScratchFolder>(path);
-}
-
-bool ReplaceFile(const std::string& path, const std::string& content, std::string& message) {
-    std::string temporary = path + ".XXXXXX";
-    const int file = mkstemp(temporary.data());
-    if (file < 0) {
-        message = std::generic_category().message(errno);
-        return false;
-    }
-    const bool written = WriteAll(file, content);
-    int code = errno;
-    const bool closed = close(file) == 0;
-    if (written && !closed) {
-        code = errno;
-    }
-    if (written && closed && std::rename(temporary.c_str(), path.c_str()) == 0) {
-        return true;
-    }
-    message = std::generic_category().message(written && closed ? errno : code);
-    unlink(temporary.c_str());
-    return false;
 }
 
 bool FitsPattern(const std::string& name, const std::string& pattern) {

@@ -36,7 +36,8 @@ struct SFoundFile {
 };
 
 /// What in `folder` (not below it) a pattern of "*" and "?" matches, in byte order of the names;
-/// letter case of ASCII letters does not matter. Empty for a folder that cannot be read.
+/// letter case of ASCII letters does not matter. Empty for a folder that cannot be read; the reason
+/// is in GetLastError, which is 0 otherwise.
 std::vector<SFoundFile> FindFiles(const std::string& folder, const std::string& pattern);
 
 enum class NameKind { Free, Folder, Other };

@@ -5,6 +5,7 @@
 // library: its exported surface does not grow by what only a program needs.
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace Nax::FrontEnd::XMLDB {
 
@@ -25,9 +26,16 @@ LockOutcome LockFolder(const std::string& folder, std::unique_ptr<IFolderLock>& 
 /// takes its number. Writing to a stream that was closed still fails.
 void FillClosedStandardStreams();
 
+/// Writes `text` to standard error; needs no memory.
+void WriteError(std::string_view text) noexcept;
+/// The same, and ends the process without any further work.
+[[noreturn]] void WriteErrorAndEnd(std::string_view text, int exitCode) noexcept;
+
+/// From now on writing beyond a file-size limit fails as on a full disk.
+void LetLimitsFailWrites();
+
 /// From now on a signal that asks the program to stop (Ctrl-C, termination, hang-up) only sets a
-/// flag, so that work files can be cleared away; the second one ends the program. Writing beyond a
-/// file-size limit fails as on a full disk.
+/// flag, so that work files can be cleared away; the second one ends the program.
 void WatchStopSignals();
 /// True once such a signal has come.
 bool IsStopRequested();

@@ -17,11 +17,8 @@ public:
 };
 
 /// Made where the system keeps temporary files (`TMPDIR`, else /tmp); null with `message` when it
-/// cannot be.
+/// cannot be. Those of killed processes that are older than a day are removed.
 std::unique_ptr<IScratchFolder> MakeScratchFolder(std::string& message);
-
-/// Replaces a file as a whole, or leaves it as it was: no reader ever sees half of it.
-bool ReplaceFile(const std::string& path, const std::string& content, std::string& message);
 
 /// True when a name, which has no slash, fits a shell pattern (`*`, `?`, `[...]`). A wildcard does
 /// not stand for a dot at the beginning.

@@ -1,0 +1,1 @@
+INSERT INTO ValidationResults (RuleId, ResultDescription, UUID, file_id) SELECT @ruleid, printf('@message', uuid), uuid, file_id FROM Services

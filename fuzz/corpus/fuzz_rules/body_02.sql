@@ -1,0 +1,1 @@
+INSERT INTO ValidationResults (RuleId, ResultDescription, UUID, file_id) SELECT @ruleid, regexp('a*', name), 's1', '0' FROM Services; SELECT 1

@@ -1,0 +1,1 @@
+ATTACH 'o.db' AS o

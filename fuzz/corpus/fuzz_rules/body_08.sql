@@ -1,0 +1,1 @@
+UPDATE Files SET uri = 'x'

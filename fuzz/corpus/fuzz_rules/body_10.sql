@@ -1,0 +1,1 @@
+REPLACE INTO ValidationResults (pk, RuleId, ResultDescription) VALUES (1, 40, 'r')

@@ -1,0 +1,1 @@
+INSERT INTO ValidationResults (RuleId, ResultDescription, UUID, file_id) SELECT '40', 'x', 's1', '0'

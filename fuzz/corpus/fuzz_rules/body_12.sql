@@ -1,0 +1,1 @@
+INSERT INTO ValidationResults (RuleId, ResultDescription, UUID, file_id) SELECT @ruleid, 'x', 's1', '7' ON CONFLICT (pk) DO UPDATE SET RuleId = '40'

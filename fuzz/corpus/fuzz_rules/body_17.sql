@@ -1,0 +1,1 @@
+INSERT INTO temp.ValidationResults (RuleId, ResultId) VALUES (@ruleid, zeroblob(10))

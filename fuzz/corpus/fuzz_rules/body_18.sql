@@ -1,0 +1,1 @@
+INSERT INTO ValidationResults (pk, RuleId) VALUES (9223372036854775807, @ruleid) RETURNING *

@@ -1,0 +1,1 @@
+SELECT uuid, file_id FROM Services

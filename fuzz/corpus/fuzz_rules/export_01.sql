@@ -1,0 +1,1 @@
+SELECT 9e999 AS infinite

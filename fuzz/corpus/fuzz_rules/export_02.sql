@@ -1,0 +1,1 @@
+SELECT 1 AS "a ""b""", x'ff' AS b, CAST(x'ff' AS TEXT) AS c

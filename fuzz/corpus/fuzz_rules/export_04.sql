@@ -1,0 +1,1 @@
+SELECT json_group_array(uuid) AS j FROM Services
