@@ -81,7 +81,7 @@ void CompareWithReference(const std::string& pattern, std::string_view subject, 
 } // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    constexpr std::size_t kMostSteps = 20'000'000;
+    constexpr std::size_t kMostSteps = 4'000'000;
     Fuzzing::CPieces pieces(data, size);
     const bool foldCase = (pieces.Byte() & 1U) != 0;
     const std::size_t length = pieces.Byte();

@@ -34,7 +34,7 @@ struct SRecordValue {
 ///     processor.Process(Commit, ...);
 ///
 /// A record that fails is reported by the commit, as a queued one is; those after it are not
-/// inserted. The processor must outlive the loader, and nobody else uses it between Begin and End:
+/// inserted. For want of memory it is the same, nothing is thrown. The processor must outlive the loader, and nobody else uses it between Begin and End:
 /// its one connection would take their statements into the transaction. Other processors of the
 /// process do not disturb it. One thread at a time, which need not be that of the processor.
 class NAXFEWXMLDB_EXPORT CRecordLoader {

@@ -79,10 +79,10 @@ struct SSupportReport {
 /// and "output.log" always.
 ///
 /// Threads: one collection a folder at a time; no transaction may be open on the database. Throws
-/// nothing but std::bad_alloc.
+/// nothing; for want of memory the failure is "out of memory" and the rest of the report is empty.
 NAXFEWXMLDB_EXPORT SSupportReport CollectSupportFiles(const SSupportRequest& request);
 
-/// What CollectSupportFiles would put into the archive; writes nothing and asks no registry.
+/// What CollectSupportFiles would put into the archive; writes nothing and asks no registry. Throws nothing, as above.
 NAXFEWXMLDB_EXPORT SSupportReport ListSupportFiles(const SSupportRequest& request);
 
 } // namespace Nax::FrontEnd::XMLDB

@@ -36,7 +36,8 @@ public:
 
     /// True for what a terminal obeys, and for what turns the order of the text around it, ends its
     /// line or cannot be seen: control characters of both sets, marks of direction, separators of
-    /// lines and paragraphs, and blanks without width other than the joiners, which scripts need.
+    /// lines and paragraphs, tags, marks of annotations, and blanks and hyphens without width; the
+    /// joiners, which scripts need, are not.
     static bool IsControl(char32_t character);
     /// A question mark for each such character that is not in `kept`. What is no UTF-8 becomes
     /// U+FFFD.

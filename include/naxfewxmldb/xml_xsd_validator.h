@@ -42,7 +42,8 @@ public:
     /// With `useLocalCopy` the file that is read is `localFileName` and the message names
     /// `fileName`; without, `fileName` is both. `schema` is the schema's text when it begins with
     /// "<" (white space and a byte-order mark aside), else its path. A file that cannot be read is
-    /// a fault of the file; a schema that cannot be used gives false with the reason.
+    /// a fault of the file; a schema that cannot be used gives false with the reason. For want of
+    /// memory it is false, GetFailedAllocations has counted it, and `message` may be null.
     bool Validate(bool useLocalCopy, const _bstr_t& fileName, const _bstr_t& localFileName,
                   const _bstr_t& schema, _bstr_t& message);
 

@@ -132,8 +132,9 @@ std::optional<CStatementGuard::Statement> CStatementGuard::PrepareStatement(
         return std::nullopt;
     }
     if (prepared != nullptr && sqlite3_stmt_readonly(prepared) == 0 && !state.policy.MayInsert()) {
-        // Asks nobody until it runs, and then under the name of what it is made of.
-        state.policy.Deny("VACUUM");
+        // Asks nobody until it runs, and then under the name of what it is made of; the others find
+        // nothing to do, as DROP TABLE IF EXISTS does.
+        state.policy.Deny("VACUUM, or a CREATE or DROP of what is there or is not");
         FailWith(Describe(SQLITE_AUTH));
         return std::nullopt;
     }
@@ -235,7 +236,7 @@ bool CStatementGuard::FailWith(const std::string& message) {
 std::string CStatementGuard::Describe(int code) const {
     const SState& state = *m_state;
     CStorageFailures::Note(state.connection);
-    if (const std::string denial = state.policy.GetDenial(); !denial.empty()) {
+    if (std::string denial = state.policy.GetDenial(); !denial.empty()) {
         return denial;
     }
     if (state.timedOut) {

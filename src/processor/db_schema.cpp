@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Schema creation, commit, post-update and housekeeping of the processor.
 #include <naxfewxmldb/db_processor.h>
+#include <naxfewxmldb/memory.h>
 #include <naxfewxmldb/xsd_to_ddl_mapper.h>
 
 #include "database/bound_insert_runner.h"
@@ -60,12 +61,14 @@ bool CDBProcessor::DB_Create_Scheme() {
 }
 
 bool CDBProcessor::DB_Commit() {
+    // A table may go without its new name, but not for want of memory.
+    const std::uint64_t failedAllocations = GetFailedAllocations();
     if (m_mode != Transactional) {
         DB_Post_Update();
         m_dataMapped = true;
         // The mode is written as its text: a number there says nothing.
         NAX_TRACE(kClass, "DB_Commit: mode: %s\n", DBModeName(m_mode));
-        return true;
+        return GetFailedAllocations() == failedAllocations;
     }
     const bool begun = m_directLoad || (m_database != nullptr && m_database->BeginTransaction());
     NAX_TRACE(kClass, "DB_Commit: BeginTransaction: %d\n", static_cast<int>(begun));
@@ -90,7 +93,7 @@ bool CDBProcessor::DB_Commit() {
         // The failures of the post-update follow from this one, which is what a reader needs.
         Error(kExecuteError, "Failed execute query : commit;", cause.GetString());
     }
-    return committed;
+    return committed && GetFailedAllocations() == failedAllocations;
 }
 
 bool CDBProcessor::RunQueue(std::string& failedSql) {

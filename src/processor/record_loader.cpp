@@ -18,6 +18,8 @@ namespace {
 constexpr char kBeginGroup[] = "SAVEPOINT record_group";
 constexpr char kKeepGroup[] = "RELEASE record_group";
 constexpr char kDropGroup[] = "ROLLBACK TO record_group";
+// Short enough to need no memory: the commit must not pass over a record that is missing.
+constexpr char kSomeRecord[] = "a record";
 
 /// The statement that would insert the record, for the error text.
 std::string MakeStatement(const std::string& prefix, std::size_t columns,
@@ -63,7 +65,7 @@ bool CRecordLoader::Begin() try {
     return FailWithoutMemory();
 }
 
-std::size_t CRecordLoader::FindTable(const std::string& element) {
+std::size_t CRecordLoader::FindTable(const std::string& element) try {
     const auto known = m_tables->byName.find(element);
     if (known != m_tables->byName.end()) {
         return known->second;
@@ -85,6 +87,10 @@ std::size_t CRecordLoader::FindTable(const std::string& element) {
     table.insert = m_tables->runner->PrepareRecordInsert(sql + ")");
     m_tables->tables.push_back(std::move(table));
     return m_tables->byName[element] = m_tables->tables.size() - 1;
+} catch (...) {
+    FailWithoutMemory();
+    m_processor.m_failedRecord = kSomeRecord;
+    return kNone;
 }
 
 void CRecordLoader::Add(std::size_t table, std::span<const SRecordValue> values) {
@@ -99,19 +105,22 @@ void CRecordLoader::Add(std::size_t table, std::span<const SRecordValue> values)
                                                      m_processor.getTextProcessorRef()));
             return true;
         })) {
-        // Short enough to need no memory: the commit must not pass over a record that is missing.
-        m_processor.m_failedRecord = "a record";
+        m_processor.m_failedRecord = kSomeRecord;
     }
 }
 
-void CRecordLoader::BeginGroup() {
+void CRecordLoader::BeginGroup() try {
     m_failureBefore = m_processor.m_failedRecord;
     if (m_failureBefore.empty() && !m_processor.m_database->Execute(kBeginGroup)) {
         m_processor.FailDirectLoad(kBeginGroup);
     }
+} catch (...) {
+    FailWithoutMemory();
+    m_failureBefore = kSomeRecord;
+    m_processor.m_failedRecord = kSomeRecord;
 }
 
-void CRecordLoader::EndGroup(bool keep) {
+void CRecordLoader::EndGroup(bool keep) try {
     if (!m_failureBefore.empty()) {
         return;
     }
@@ -125,10 +134,13 @@ void CRecordLoader::EndGroup(bool keep) {
     if (!database.Execute(kKeepGroup) && m_processor.m_failedRecord.empty()) {
         m_processor.FailDirectLoad(kKeepGroup);
     }
+} catch (...) {
+    FailWithoutMemory();
+    m_processor.m_failedRecord = kSomeRecord;
 }
 
 void CRecordLoader::End() {
-    m_tables = std::make_unique<STables>();
+    *m_tables = STables();
 }
 
 } // namespace Nax::FrontEnd::XMLDB

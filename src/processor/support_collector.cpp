@@ -26,6 +26,7 @@ constexpr DWORD kWaitStep = 100;
 /// True for what is no property of the file or program in question.
 bool IsOfSystem(DWORD code) {
     switch (static_cast<int>(code)) {
+        case EAGAIN: // no more processes
         case EDQUOT:
         case EFBIG:
         case EIO:

@@ -86,9 +86,10 @@ bool TextProcessor::IsControl(char32_t character) {
     const auto within = [character](char32_t first, char32_t last) {
         return first <= character && character <= last;
     };
-    return character < 0x20 || within(0x7F, 0x9F) || character == 0x061C || character == 0x200B ||
-           within(0x200E, 0x200F) || within(0x2028, 0x202E) || within(0x2060, 0x2069) ||
-           character == 0xFEFF;
+    return character < 0x20 || within(0x7F, 0x9F) || character == 0xAD || character == 0x061C ||
+           character == 0x180E || character == 0x200B || within(0x200E, 0x200F) ||
+           within(0x2028, 0x202E) || within(0x2060, 0x206F) || character == 0xFEFF ||
+           within(0xFFF9, 0xFFFB) || within(0xE0000, 0xE007F);
 }
 
 std::string TextProcessor::ReplaceControls(std::string_view text, std::string_view kept) {

@@ -55,6 +55,8 @@ __attribute__((constructor)) void Start() noexcept {
     if (const char* number = std::getenv("NAX_FAULT_ERRNO"); number != nullptr) {
         g_plan.errorNumber = std::atoi(number);
     }
+    // The programs that it starts go without.
+    unsetenv("LD_PRELOAD");
     g_plan.active = true;
 }
 

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
 """Makes the n-th operation of each kind fail, alone or with all later ones, for n = 1, 2, ... until
-a run passes untouched, and looks at what is left. Usage: faults_test.py TOOL SHIM EXAMPLES [--full]
-[--only TEXT] [--jobs N]"""
+a run passes untouched, and looks at what is left. Usage: faults_test.py TOOL SHIM EXAMPLES [--sweep]
+[--full] [--only TEXT] [--jobs N]"""
 import argparse
 import concurrent.futures
 import errno
@@ -43,6 +43,7 @@ class Sweep:
     def __init__(self, options, base):
         self.options = options
         self.base = base
+        self.turns = 0
         template = base / "earlier"
         template.mkdir()
         scenarios.prepare(options.tool, options.examples, template)
@@ -99,11 +100,16 @@ class Sweep:
         counts.unlink()
         failed = sum(int(line[2]) for line in lines if line[0] == kind)
         problems = self.judge(folder, expected, result, kind, number, failed)
-        problems += self.run_again(folder, scenario, kind) if problems or self.options.again else []
+        if problems or self.options.sweep or self.takes_turn():
+            problems += self.run_again(folder, scenario, kind)
         if problems:
             problems[-1] += "\n    exit %d, err: %s" % (
                 result.returncode, result.stderr.decode(errors="replace")[:600])
         return failed, result.returncode, problems
+
+    def takes_turn(self):
+        self.turns += 1
+        return self.turns % 4 == 0
 
     def judge(self, folder, expected, result, kind, number, failed):
         earlier, after = expected["earlier"], expected["after"]
@@ -163,14 +169,17 @@ def main():
     parser.add_argument("shim")
     parser.add_argument("examples")
     parser.add_argument("--full", action="store_true", help="every error number, load, too")
+    parser.add_argument("--sweep", action="store_true",
+                        help="all scenarios but load, n growing by half, each with a next run")
     parser.add_argument("--only", default="", help="parts of series' names, as 'load|open:'")
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
     parser.add_argument("--dense", type=int, default=3, help="every n up to this one")
     parser.add_argument("--stride", type=int, default=0, help="then every so many")
-    parser.add_argument("--growth", type=float, default=1, help="or by so much of n")
+    parser.add_argument("--growth", type=float, help="or by so much of n; 4, or 0.5 in a sweep")
     options = parser.parse_args()
     options.tool, options.shim = map(os.path.abspath, (options.tool, options.shim))
-    options.again = True
+    options.sweep = options.sweep or options.full
+    options.growth = options.growth or (0.5 if options.sweep else 4)
     options.only = options.only.split("|")
     start = time.time()
     with tempfile.TemporaryDirectory() as base:
@@ -180,7 +189,9 @@ def main():
                   for error in (errors if options.full else errors[:1])
                   if (mode, error) != ("+", "EBUSY")  # is waited for, five minutes long
                   # An earlier run makes it harder, and what fails for good is the simpler fault.
-                  if options.full or (scenario != "load" and (mode == "" or scenario == "formats"))]
+                  if options.full or (scenario != "load" and (mode == "" or scenario == "formats"))
+                  if options.sweep or scenario in ("formats", "collect") or
+                  (scenario == "validate-collect" and not kind.startswith("db-"))]
         series = [one for one in series if any(
             text in "%s %s:%s %s" % one for text in options.only)]
         total, outcomes, problems = 0, {}, []

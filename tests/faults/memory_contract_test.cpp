@@ -6,6 +6,7 @@
 #include <naxfewxmldb/memory.h>
 #include <naxfewxmldb/record_loader.h>
 #include <naxfewxmldb/rules_processor.h>
+#include <naxfewxmldb/support_files.h>
 #include <naxfewxmldb/xml_xsd_validator.h>
 
 #include <atomic>
@@ -115,6 +116,35 @@ TEST_F(CMemoryContractTest, NothingIsThrownAndTheObjectStaysUsable) {
         validator.Validate(false, file, file, schema, message);
         // The file lacks what the schema asks for, so the message tells more than the outcome.
         return message.length() > 0;
+    });
+    SSupportRequest request;
+    request.folder = m_folder.File("");
+    request.files.push_back({path, {}, {}});
+    Sweep("CollectSupportFiles", [&] { return CollectSupportFiles(request).failure.empty(); });
+    Sweep("ListSupportFiles", [&] { return ListSupportFiles(request).failure.empty(); });
+    Sweep("CDBProcessor::CollectSupportFiles",
+          [&] { return CDBProcessor::CollectSupportFiles(processor, folder, {}); });
+}
+
+/// What a loader could not add, the commit does not pass over.
+TEST_F(CMemoryContractTest, LoadedRecordsAreAllThereOrTheCommitFails) {
+    Sweep("CRecordLoader", [this] {
+        const long armed = g_left.exchange(kNever);
+        const auto processor = NewDatabase(Transactional);
+        CRecordLoader loader(*processor);
+        g_left = armed;
+        bool committed = false;
+        if (loader.Begin()) {
+            const SRecordValue value{0, "text"};
+            loader.BeginGroup();
+            loader.Add(loader.FindTable("Router"), {&value, 1});
+            loader.EndGroup(true);
+            loader.End();
+            committed = Run(*processor, Commit);
+        }
+        g_left = kNever;
+        EXPECT_TRUE(!committed || Query(*processor, "SELECT 1 FROM Routers").size() == 1);
+        return committed;
     });
 }
 

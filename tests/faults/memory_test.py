@@ -43,7 +43,14 @@ SCENARIOS = {
     "entities": (["-o", "report", "in/entities.xml", "in/broken.xml"], False),
     "rules": (["rules", "check", "in/rules/site-rules.xml"], False),
     "collect": (["collect", "-o", "report"], True),
+    # These start programs, and only processes are failed in them unless all call stacks are asked for.
+    "registry": (["collect", "-o", "report"], True),
+    "open": (["-o", "report", "--open", "in/clean_landscape.xml"], True),
 }
+STARTERS = ("registry", "open")
+REGISTRY = """#!/bin/sh
+printf '\\r\\n%s\\r\\n    %s    REG_SZ    value\\r\\n' "$2" "$4"
+"""
 WORKING = tuple(f"report/{name}" for name in ("Database/", "Landscape_files/", "Registry/",
                                                 "Sys_files/", ".landscape-validator"))
 ENTITIES = ('<!DOCTYPE Landscape [<!ENTITY name "&#65;&#66;">]><Landscape><Services>'
@@ -60,13 +67,20 @@ class Bench:
         (self.template / "in" / "entities.xml").write_text(ENTITIES)
         (self.template / "in" / "broken.xml").write_text("<Landscape><Workspaces>")
         (self.template / "home").mkdir()
+        (self.template / "in" / "bin").mkdir()
+        for name, text in ("reg", REGISTRY), ("xdg-open", "#!/bin/sh\n"):
+            program = self.template / "in" / "bin" / name
+            program.write_text(text)
+            program.chmod(0o755)
         self.earlier = folder / "earlier"
         shutil.copytree(self.template, self.earlier)
         self.run(self.earlier, ["-o", "report", "--json", "in/clean_landscape.xml"], {})
 
     def run(self, place, arguments, environment, limit=None):
-        full = {"PATH": os.environ["PATH"], "HOME": str(place / "home"), "TZ": "UTC",
+        full = {"PATH": f"{place}/in/bin:{os.environ['PATH']}", "HOME": str(place / "home"), "TZ": "UTC",
                 "LC_ALL": "C.UTF-8", "LD_BIND_NOW": "1"}
+        if (place / "in" / "registry").exists():
+            full["NAXFEWXMLDB_REG"] = "reg"
         if environment:
             full |= {"LD_PRELOAD": str(self.shim)} | environment
         return subprocess.run([self.program, *arguments], cwd=place, env=full, timeout=300,
@@ -80,6 +94,8 @@ class Bench:
             place = self.local.place = self.folder / f"bench{next(self.names)}"
         shutil.rmtree(place, ignore_errors=True)
         shutil.copytree(self.earlier if SCENARIOS[scenario][1] else self.template, place)
+        if scenario == "registry":
+            (place / "in" / "registry").touch()
         return place
 
 
@@ -209,7 +225,9 @@ class Scenario:
 
     def plans(self, options, generator):
         total = self.counts["memory"]
-        if options.sites:
+        if self.name in STARTERS and not options.sites:
+            chosen = []
+        elif options.sites:
             chosen = self.sites
         elif options.every:
             chosen = range(1, total + 1, options.every)
@@ -221,7 +239,9 @@ class Scenario:
             if at % 8 == 0:
                 yield f"memory:{number}+"
         for kind in ("process", "thread"):
-            for number in range(1, self.counts.get(kind, 0) + 1):
+            # How often a child's end is asked for depends on the time that it takes.
+            numbers = range(1, self.counts.get(kind, 0) + 1)
+            for number in [*numbers[:4], *generator.sample(numbers[4:], min(4, len(numbers[4:])))]:
                 yield f"{kind}:{number}"
             if kind in self.counts:
                 yield f"{kind}:1+"

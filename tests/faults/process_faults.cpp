@@ -61,7 +61,7 @@ pid_t fork() noexcept {
 pid_t waitpid(pid_t child, int* status, int options) {
     static const auto next = Next(&waitpid, "waitpid");
     if (MustFail(Kind::Process)) {
-        errno = ECHILD;
+        errno = EINTR; // ECHILD would say that the child has ended
         return -1;
     }
     return next(child, status, options);

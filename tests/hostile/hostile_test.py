@@ -127,6 +127,10 @@ ROWS = [
     ("200,000 faulty items",
      lambda: landscape(WORKSPACE, many(b"<Item/>\n", 5_000, 200_000), WORKSPACE_END), 1,
      ["400000 violations" if FULL else "10000 violations"]),
+    ("more findings than --limit findings",
+     lambda: landscape(WORKSPACE, many(b"<Item/>\n", 400, 2_000_000), WORKSPACE_END), 2,
+     limit("findings", "more than 200000 findings" if FULL else "more than 300 findings"),
+     [] if FULL else ["--limit", "findings=300"]),
     ("1,000,000 missing includes of 10,000", lambda: includes(
         [b"m%d.xml" % n for n in range(1_000_000 if FULL else 300)]), 1,
      limit("files", "has 10000 files" if FULL else "has 100 files"),
@@ -227,6 +231,8 @@ def check_verdicts(folder):
     """Whether a file is well-formed is what another parser says, for a file that is damaged at
     every byte."""
     files = {}
+    files["nul-last.xml"] = SMALL + b"\0"
+    files["nul-rest.xml"] = SMALL + b"\n\0<Landscape/>"
     for at in range(len(SMALL) - 1):
         files[f"cut{at}.xml"] = SMALL[:at] if at < len(SMALL) - 1 else SMALL + b"<"
         files[f"nul{at}.xml"] = SMALL[:at] + b"\0" + SMALL[at:]

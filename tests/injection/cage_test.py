@@ -30,6 +30,7 @@ REFUSED = [
     ("DETACH temp", "not allowed: DETACH temp"),
     ("VACUUM main INTO 'INJECTED.db'", "not allowed: VACUUM"),
     ("VACUUM", "not allowed: VACUUM"),
+    ("DROP TABLE IF EXISTS nowhere", "not allowed: VACUUM, or a CREATE or DROP of what is there"),
     *((f"PRAGMA {name}", "not allowed: PRAGMA " + name.split()[0].split("(")[0].removeprefix("main."))
       for name in ("writable_schema = ON", "journal_mode = WAL", "temp_store_directory = '.'", "hard_heap_limit = 0",
                    "soft_heap_limit = 0", "main.user_version = 7", "query_only = 0", "trusted_schema = 1", "database_list",

@@ -27,11 +27,11 @@ PAYLOADS = {
     "page": "ReplacementHolder.FilterAllRules replacementholder.noscriptsummary",
     "JSON": "\\\", \"forged\": [\"\\u0022}\\",
     "lines": "a\nERROR   rule 8   forged\r\nb\tc\rd",
-    "commands": "\n::error file=forged::forged\n::stop-commands::x\n##[group]%0A::error::y%0D%25",
+    "commands": "\n::error file=forged::forged\n::stop-commands::x\n\u00a0::notice::forged\n##[group]%0A::error::y%0D%25",
     "C1 controls": "\u009b2J\u009d8;;http://forged\u009c\u0085\u0090q\u007f",
     "bidi": "\u202egpj.\u202c\u2066\u2067\u2068\u2069\u200e\u200f\u061c\u202a\u202b\u202d",
     "lines of Unicode": "a\u2028b\u2029c",
-    "unseen": "a\u200bb\ufeffc\u200dd\U000e0041\ufdd0\U0001fffe\U0010ffff",
+    "unseen": "a\u200bb\ufeffc\u200dd\U000e0041\xad\u180e\ufff9\u206a\ufdd0\U0001fffe\U0010ffff",
     "object": "__proto__",
     "formula": "=cmd|'/c calc'!A1",
 }

@@ -23,7 +23,7 @@ TOOL = str(pathlib.Path(sys.argv[1]).resolve())
 EXAMPLES = [str(path) for path in sorted((pathlib.Path(__file__).resolve().parents[2] / "examples").glob("*.xml"))]
 FORMATS = ["text", "json", "sarif", "junit", "github"]
 # What moves a terminal's cursor, changes its state, ends a line or turns the order of letters.
-CONTROL = re.compile("[\0-\x08\x0b-\x1f\x7f-\x9f\u061c\u200b\u200e\u200f\u2028-\u202e\u2060\u2066-\u2069\ufeff]")
+CONTROL = re.compile("[\0-\x08\x0b-\x1f\x7f-\x9f\xad\u061c\u180e\u200b\u200e\u200f\u2028-\u202e\u2060-\u206f\ufeff\ufff9-\ufffb\U000e0000-\U000e007f]")
 MARK = re.compile(r"Q(\d\d)F(\d\d\d)Q")
 # What build servers take for a command to themselves.
 COMMAND = re.compile(r"^\s*::|##|\n\s*::")

@@ -44,6 +44,9 @@ check 'unknown option' 2 '' '--colour' --colour "$clean"
 check 'bad level' 2 '' '--fail-on' --fail-on fatal "$clean"
 check 'bad number' 2 '' '--keep-backups' --keep-backups -1 "$clean"
 check 'output is a file' 2 '' 'plain-file' -o plain-file "$clean"
+mkdir piped && mkfifo piped/UILandscape.db
+check 'a pipe as database' 2 '' 'is not a file' -o piped "$clean"
+check 'controls in a wrong option' 2 '' '--no?[2J' $'--no\e[2J' "$clean"
 check 'output below a file' 2 '' 'plain-file/r' -o plain-file/r "$clean"
 check 'help' 0 'Exit codes' '' --help
 check 'help of the command' 0 '--keep-backups' '' validate --help
@@ -164,7 +167,10 @@ bash -c 'trap "" XFSZ; ulimit -f 4 && exec "$0" -o cut "$1"' "$tool" "$clean" >o
 rm -rf cut
 mkfifo slow
 "$tool" -o cut slow >out.txt 2>err.txt &
-for _ in $(seq 100); do [ -e cut/UILandscape.db ] || sleep 0.1; done
+# Not before its first write is done, which would wait for the reader, too.
+for _ in $(seq 200); do
+  [ -s cut/UILandscape.db ] && [ ! -e cut/UILandscape.db-journal ] || sleep 0.1
+done
 sqlite3 -readonly cut/UILandscape.db >/dev/null <<END
 BEGIN;
 SELECT count(*) FROM sqlite_master;

@@ -130,6 +130,9 @@ private:
     }
 
     bool FindLandscapeFiles(SSupportRequest& request) {
+        if (IsNoFile(request.database)) {
+            return Fail("'" + request.database + "' is not a file");
+        }
         const bool interrupted = WasInterrupted(request.database);
         if (interrupted && !m_options.list) {
             const std::string failure = SettleDatabase();

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "command_line.h"
+#include "printable.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <array>
+#include <sstream>
 #include <string_view>
 
 namespace LandscapeValidator {
@@ -111,7 +113,10 @@ Command ParseCommandLine(const std::vector<std::string>& arguments, std::ostream
         app.parse(remaining);
         return chosen;
     } catch (const CLI::ParseError& error) {
-        const bool asked = app.exit(error, out, err) == 0;
+        // Says what the words were, and a shell's pattern makes words of file names.
+        std::ostringstream said;
+        const bool asked = app.exit(error, out, said) == 0;
+        err << PrintableLines(said.str());
         exitCode = asked ? ExitCode::Clean : ExitCode::Failure;
         return {};
     }

@@ -32,6 +32,7 @@ const std::array kNames = {
     SName{"names", [](SRunLimits& limits) -> std::uint64_t& { return limits.xml.names; }},
     SName{"file-size", [](SRunLimits& limits) -> std::uint64_t& { return limits.xml.fileSize; }},
     SName{"files", [](SRunLimits& limits) -> std::uint64_t& { return limits.files; }},
+    SName{"findings", [](SRunLimits& limits) -> std::uint64_t& { return limits.findings; }},
 };
 
 const SName* FindName(std::string_view name) {

@@ -16,8 +16,9 @@ namespace LandscapeValidator {
 /// How large the input of a run may be.
 struct SRunLimits {
     Nax::FrontEnd::XMLDB::SXmlLimits xml;
-    std::uint64_t files = 10'000;   ///< of one run, included ones among them
-    std::vector<std::string> words; ///< as given, "NAME=NUMBER"
+    std::uint64_t files = 10'000;     ///< of one run, included ones among them
+    std::uint64_t findings = 200'000; ///< of the rules in one run
+    std::vector<std::string> words;   ///< as given, "NAME=NUMBER"
 };
 
 /// "--limit files=NUMBER raises it."

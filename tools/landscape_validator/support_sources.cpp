@@ -43,6 +43,12 @@ bool IsUnfinished(const std::string& database) {
 
 } // namespace
 
+bool IsNoFile(const std::string& database) {
+    std::error_code error;
+    const fs::file_status status = fs::status(database, error);
+    return fs::exists(status) && !fs::is_regular_file(status);
+}
+
 bool WasInterrupted(const std::string& database) {
     std::error_code error;
     const auto size = fs::file_size(database + "-journal", error);
@@ -64,7 +70,7 @@ std::string SettleDatabase() {
 
 std::string SettleBeforeRun(const std::string& database) {
     if (WasInterrupted(database)) {
-        const std::string failure = SettleDatabase();
+        std::string failure = SettleDatabase();
         if (WasInterrupted(database) && !failure.empty()) {
             return failure;
         }

@@ -8,6 +8,9 @@
 
 namespace LandscapeValidator {
 
+/// Whether something else than a file stands in the database's place, for which opening might wait.
+bool IsNoFile(const std::string& database);
+
 /// Whether a journal tells that a transaction on the database was cut short, or is going on.
 /// Opening such a database writes to it.
 bool WasInterrupted(const std::string& database);

@@ -13,6 +13,7 @@
 #include "printable.h"
 #include "readable_file.h"
 #include "report.h"
+#include "result_limit.h"
 #include "rule_indexes.h"
 #include "rule_set.h"
 #include "schema_files.h"
@@ -82,6 +83,7 @@ public:
             return StopAfterFailure();
         }
         const bool published = PublishReport();
+        TellLeftOut();
         if (published) {
             RemoveOldBackups(m_options.outputFolder, m_options.keepBackups);
             RemoveOldSummaries(m_options.outputFolder, m_options.keepBackups + 1);
@@ -206,6 +208,9 @@ private:
 
     bool KeepEarlierDatabase() {
         const std::string database = (fs::path(m_options.outputFolder) / "UILandscape.db").string();
+        if (IsNoFile(database)) {
+            return Fail("'" + database + "' is not a file, so the database cannot be made there");
+        }
         const std::string failure = SettleBeforeRun(database);
         std::string reason;
         if (!failure.empty()) {
@@ -266,6 +271,7 @@ private:
         {
             CRuleIndexes indexes(*m_processor);
             done = (m_rules->GetRules().empty() || m_rules->Execute()) && done;
+            m_leftOut = RemoveResultsBeyond(*m_processor, m_options.limits.findings);
             m_rules->PreProcess(m_loader->GetFindings());
             indexes.AddForLookUps();
             m_places = LocateFindings(*m_processor, m_loader->GetTables(), m_loader->GetPositions(),
@@ -274,6 +280,17 @@ private:
         ShowProgress({});
         const bool whole = m_processor->GetStorageFailure().empty();
         return (done && whole) || FailDatabase("the rules cannot be run");
+    }
+
+    /// What is told then is true, but not all: the run has failed.
+    void TellLeftOut() {
+        if (m_leftOut > 0) {
+            const std::uint64_t limit = m_options.limits.findings;
+            Fail(
+                fmt::format("the rules found more than {} findings, which is the limit "
+                            "\"findings\". {} The {} least severe are left out",
+                            limit, LimitAdvice("findings"), m_leftOut));
+        }
     }
 
     void WriteReport() {
@@ -320,8 +337,9 @@ private:
     ExitCode Tell(const SFindings& findings, const SPageCounts& pageCounts, bool pageWritten) {
         const std::string collected = Collect();
         const std::string page = CReport::PagePath(m_options.outputFolder);
-        if (m_options.openPage && pageWritten && !OpenInBrowser(page)) {
-            Fail("no program could be started that opens '" + page + "'");
+        std::string reason;
+        if (m_options.openPage && pageWritten && !OpenInBrowser(page, reason)) {
+            Fail("no program could be started that opens '" + page + "': " + reason);
         }
         return m_output.Write({m_files, &m_loader->GetOutcomes(), &findings, m_rules->GetRules(),
                                m_loader->GetEntryCount(), pageCounts,
@@ -359,6 +377,7 @@ private:
     std::unique_ptr<CReport> m_report;
     std::string m_actionFailure; ///< why the actions of files did not write theirs
     FindingPlaces m_places;
+    std::uint64_t m_leftOut = 0; ///< findings
 };
 
 } // namespace

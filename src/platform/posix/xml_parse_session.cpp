@@ -51,6 +51,7 @@ void CXmlParseSession::Run(xmlSAXHandler& handler) {
                       XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_NOENT | XML_PARSE_COMPACT |
                           (m_source.IgnoresDeclaration() ? XML_PARSE_IGNORE_ENC : 0));
     xmlParseDocument(m_parser.get());
+    RefuseRest();
     if (m_thrown) {
         std::rethrow_exception(m_thrown);
     }
@@ -66,6 +67,14 @@ void CXmlParseSession::Run(xmlSAXHandler& handler) {
             .code = XML_ERR_USER_STOP, .reason = m_limits.Reason(), .offset = m_limits.Offset()};
     } else if (!m_fatal && m_parser->wellFormed == 0) {
         SetFatal(m_parser->errNo, "The document is not well-formed.");
+    }
+}
+
+/// The parser takes a zero character behind the outermost element for the end of the document.
+void CXmlParseSession::RefuseRest() {
+    if (!m_fatal && !m_thrown && m_parser->wellFormed != 0 && Input() != nullptr &&
+        Input()->cur < Input()->end) {
+        SetFatal(XML_ERR_DOCUMENT_END, "Extra content at the end of the document.");
     }
 }
 

@@ -75,6 +75,7 @@ private:
     int ReadWithinLimits(char* buffer, int size);
     void Refuse(const char* what, std::uint64_t limit, const char* name);
     void CheckNames();
+    void RefuseRest();
     void StopParser() noexcept;
     static void OnInternalSubset(void* context, const xmlChar* name, const xmlChar* publicId,
                                  const xmlChar* systemId);

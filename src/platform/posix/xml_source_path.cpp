@@ -31,12 +31,16 @@ int HexadecimalDigit(char character) {
     return digit == std::string_view::npos ? -1 : static_cast<int>(digit);
 }
 
+/// The text as it stands when it decodes to a zero character, which no name has.
 std::string Unescaped(std::string_view text) {
     std::string result;
     for (std::size_t at = 0; at < text.size(); ++at) {
         const int high =
             text[at] == '%' && at + 2 < text.size() ? HexadecimalDigit(text[at + 1]) : -1;
         const int low = high >= 0 ? HexadecimalDigit(text[at + 2]) : -1;
+        if (high == 0 && low == 0) {
+            return std::string(text);
+        }
         if (low >= 0) {
             result += static_cast<char>(high * 16 + low);
             at += 2;

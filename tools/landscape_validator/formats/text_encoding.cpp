@@ -45,6 +45,17 @@ void AppendEscaped(std::string& out, std::string_view text, Escape&& escape) {
     }
 }
 
+/// A character beyond U+FFFF is two references, as UTF-16 has it.
+void AppendJsonReference(std::string& out, char32_t character) {
+    unsigned unit = character;
+    if (character > 0xFFFF) {
+        const unsigned beyond = character - 0x10000U;
+        fmt::format_to(std::back_inserter(out), "\\u{:04x}", 0xD800U + (beyond >> 10U));
+        unit = 0xDC00U + (beyond & 0x3FFU);
+    }
+    fmt::format_to(std::back_inserter(out), "\\u{:04x}", unit);
+}
+
 bool IsUnreserved(unsigned byte) {
     return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
            (byte >= '0' && byte <= '9') || byte == '-' || byte == '.' || byte == '_' || byte == '~';
@@ -131,7 +142,7 @@ void AppendJsonEscaped(std::string& out, std::string_view text) {
         } else if (character == '\t') {
             out += "\\t";
         } else if (TextProcessor::IsControl(character) || Doubles(out, character)) {
-            fmt::format_to(std::back_inserter(out), "\\u{:04x}", static_cast<unsigned>(character));
+            AppendJsonReference(out, character);
         } else {
             AppendUtf8(out, character);
         }

@@ -119,10 +119,11 @@ bool IsStandardErrorTerminal() {
     return isatty(STDERR_FILENO) == 1;
 }
 
-bool OpenInBrowser(const std::string& path) {
+bool OpenInBrowser(const std::string& path, std::string& reason) {
     // The opener hands over to the browser and ends; its own chatter is of no use to anybody.
     posix_spawn_file_actions_t actions;
-    if (posix_spawn_file_actions_init(&actions) != 0) {
+    if (const int code = posix_spawn_file_actions_init(&actions); code != 0) {
+        reason = std::generic_category().message(code);
         return false;
     }
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
@@ -134,6 +135,7 @@ bool OpenInBrowser(const std::string& path) {
     pid_t child = 0;
     const int result = posix_spawnp(&child, program.c_str(), &actions, nullptr, arguments, environ);
     posix_spawn_file_actions_destroy(&actions);
+    reason = result == 0 ? std::string() : std::generic_category().message(result);
     return result == 0;
 }
 

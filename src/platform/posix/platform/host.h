@@ -44,7 +44,7 @@ bool IsStandardOutputTerminal();
 bool IsStandardErrorTerminal();
 
 /// Starts the user's browser (or what stands for it) on a file and does not wait for it. False
-/// when nothing could be started.
-bool OpenInBrowser(const std::string& path);
+/// with the reason when nothing could be started.
+bool OpenInBrowser(const std::string& path, std::string& reason);
 
 } // namespace Nax::FrontEnd::XMLDB
