@@ -20,10 +20,10 @@ ctest --preset coverage --quiet --output-log build/coverage/tests.log \
 report=build/coverage/report
 rm -rf "$report"
 mkdir -p "$report"
-gcovr --root . --filter 'src/' --filter 'tools/' --filter 'include/' \
+gcovr --root . --filter 'src/' --filter 'tools/landscape_validator/' --filter 'include/' \
   --exclude-throw-branches --exclude-unreachable-branches --gcov-ignore-parse-errors \
   -j "$(nproc)" --html-details "$report/index.html" --json-summary "$report/summary.json" \
-  --json "$report/lines.json" --fail-under-line "$promised" build/coverage >"$report/files.txt"
+  --json "$report/lines.json" --fail-under-line "$promised" --txt "$report/files.txt" build/coverage 2>"$report/gcovr.log"
 python3 scripts/unreached_lines.py "$report/lines.json" >"$report/unreached.txt"
 tail -n 4 "$report/files.txt"
 echo "unreached: $(wc -l <"$report/unreached.txt") lines, in $report/unreached.txt"

@@ -10,7 +10,7 @@ def main():
         files = json.load(report)["files"]
     for entry in sorted(files, key=lambda item: item["file"]):
         counts = {}
-        for line in entry["lines"]:
+        for line in (line for line in entry["lines"] if not line["gcovr/noncode"]):
             number = line["line_number"]
             counts[number] = counts.get(number, 0) + line["count"]
         with open(entry["file"], encoding="utf-8") as source:
