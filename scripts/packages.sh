@@ -16,6 +16,7 @@ test_packages+=(libbenchmark-dev libre2-dev)
 test_packages+=(strace)
 package_packages=(binutils dpkg-dev file lintian python3 python3-jsonschema)
 docs_packages=(doxygen mkdocs)
+coverage_packages=(gcovr python3)
 
 # ensure_packages NAME...: does nothing, not even ask the network, when all are there.
 ensure_packages() {
