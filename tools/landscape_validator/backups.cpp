@@ -54,12 +54,8 @@ int RemoveOldFiles(const std::string& folder, std::string_view pattern, int keep
 
 bool MoveDatabaseAside(const std::string& database, std::string& reason) {
     std::error_code error;
-    const fs::file_status status = fs::symlink_status(database, error);
-    if (!fs::is_regular_file(status)) {
-        // A link gives way to the new file; to open a pipe could take for ever.
-        const bool givesWay = !fs::exists(status) || fs::is_symlink(status);
-        reason = givesWay ? "" : "it is no file";
-        return givesWay;
+    if (!fs::is_regular_file(fs::symlink_status(database, error))) {
+        return true;
     }
     std::string backup;
     std::time_t second = std::time(nullptr);

@@ -16,7 +16,7 @@ int RemoveOldBackups(const std::string& folder, int keep);
 
 /// Makes way for a new database: an earlier one becomes a backup under the name of this second, or
 /// of the next that is free, and is itself at every moment under the one name or the other. A link
-/// is left to the library. False, with the reason, when it cannot be kept or is no file.
+/// is left to the library. False, with the reason, when it cannot be kept.
 bool MoveDatabaseAside(const std::string& database, std::string& reason);
 
 } // namespace LandscapeValidator
