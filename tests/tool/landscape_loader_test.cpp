@@ -112,5 +112,20 @@ TEST(LandscapeLoader, AFileThatBreaksOffLateLeavesNothing) {
     EXPECT_EQ(ReadRows(database, "SELECT count(*) FROM Files"), (Rows{{"4"}}));
 }
 
+TEST(LandscapeLoader, AMemoKeepsAllTextThatStandsInIt) {
+    const CScratchFolder scratch;
+    scratch.Write("main.xml",
+                  "<Landscape><Service uuid=\"a\"><Memo>1<Service uuid=\"b\">2<Memo>3</Memo>"
+                  "</Service>4</Memo></Service><Memo>5<Service uuid=\"c\">6</Service>7</Memo>"
+                  "<Service uuid=\"d\"><Memo>8</Memo><Memo>9</Memo></Service></Landscape>");
+    ExpectBothWaysAlike(scratch, "memos");
+    Load(scratch, Transactional);
+    const std::string database = scratch.Path("direct/UILandscape.db");
+    EXPECT_EQ(ReadRows(database, "SELECT uuid, coalesce(\"\", '-') FROM Services ORDER BY uuid"),
+              (Rows{{"a", "1234"}, {"b", "-"}, {"c", "-"}, {"d", "8"}}));
+    EXPECT_EQ(ReadRows(database, "SELECT \"\" FROM Memos"),
+              (Rows{{"567"}, {"9"}, {"1234"}, {"8"}}));
+}
+
 } // namespace
 } // namespace LandscapeValidator::Testing

@@ -76,11 +76,8 @@ void CElementCollector::Characters(std::string_view text) {
     if (m_openMemos == 0) {
         return;
     }
-    if (m_strayMemo) {
-        AppendMemo(*m_strayMemo, text, m_maxMemo);
-    } else if (!m_services.empty()) {
-        AppendMemo(*m_services.back().memo, text, m_maxMemo);
-    }
+    std::optional<std::string>& memo = m_strayMemo ? m_strayMemo : m_services[m_memoService].memo;
+    AppendMemo(memo.value(), text, m_maxMemo);
 }
 
 void CElementCollector::OpenMemo(long line) {
@@ -89,6 +86,7 @@ void CElementCollector::OpenMemo(long line) {
     }
     if (!m_services.empty() && !m_services.back().memo) {
         m_services.back().memo.emplace();
+        m_memoService = m_services.size() - 1;
     } else {
         m_strayMemo.emplace();
         m_strayMemoLine = line;

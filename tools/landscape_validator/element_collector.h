@@ -76,6 +76,8 @@ private:
     std::vector<std::string> m_parents; ///< uuids of the open workspaces and nodes
     std::vector<SOpenService> m_services;
     int m_openMemos = 0;
+    /// The open memo's service, which need not be the innermost: a memo may have services inside.
+    std::size_t m_memoService = 0;
     /// A memo that is not the first of a service: a row of its own.
     std::optional<std::string> m_strayMemo;
     long m_strayMemoLine = 0;
