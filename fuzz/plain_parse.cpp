@@ -63,10 +63,11 @@ Schema ReadSchema() {
 PlainResult ParsePlainly(std::string_view text) {
     static const Schema schema = ReadSchema();
     const CQuietLibrary quiet;
-    const Document document(xmlReadMemory(text.data(), static_cast<int>(text.size()), nullptr,
-                                          nullptr,
-                                          XML_PARSE_NONET | XML_PARSE_NOENT | XML_PARSE_NOERROR |
-                                              XML_PARSE_NOWARNING | XML_PARSE_COMPACT));
+    // Any parser gives an element the values that the document's own type presets.
+    const Document document(
+        xmlReadMemory(text.data(), static_cast<int>(text.size()), nullptr, nullptr,
+                      XML_PARSE_NONET | XML_PARSE_NOENT | XML_PARSE_DTDATTR | XML_PARSE_NOERROR |
+                          XML_PARSE_NOWARNING | XML_PARSE_COMPACT));
     if (document == nullptr) {
         return PlainResult::IllFormed;
     }
