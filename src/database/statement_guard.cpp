@@ -2,7 +2,7 @@
 #include "database/statement_guard.h"
 
 #include "database/guard_limits.h"
-#include "database/guarded_printf.h"
+#include "database/guarded_functions.h"
 #include "database/sqlite_database.h"
 #include "database/storage_failures.h"
 
@@ -73,7 +73,7 @@ bool CStatementGuard::Begin() {
         return FailWith("a transaction is open");
     }
     const bool ready =
-        GuardPrintf(state.connection) &&
+        GuardFunctions(state.connection) &&
         (state.access == GuardAccess::ReadOnly ||
          (Execute("DROP TABLE IF EXISTS temp.ValidationResults") &&
           Execute("CREATE TEMP TABLE ValidationResults AS SELECT * FROM main.ValidationResults "
@@ -163,7 +163,7 @@ bool CStatementGuard::Run(const std::string& sql) {
     return code == SQLITE_DONE || FailWith(Describe(code));
 }
 
-bool CStatementGuard::Store(const std::string& ruleId) {
+bool CStatementGuard::Store(const std::string& ruleId, std::uint64_t& charactersLeft) {
     if (!m_state->begun) {
         return false;
     }
@@ -171,6 +171,16 @@ bool CStatementGuard::Store(const std::string& ruleId) {
     if (FindForeignRow(ruleId)) {
         return false;
     }
+    const std::optional<std::uint64_t> characters = CountCharacters();
+    if (!characters.has_value()) {
+        return FailWith(Describe(SQLITE_ERROR));
+    }
+    if (*characters > charactersLeft) {
+        return FailWith("stopped: its findings take " + std::to_string(*characters) +
+                        " characters, and rules from files have " + std::to_string(charactersLeft) +
+                        " left");
+    }
+    charactersLeft -= *characters;
     return Execute(
                "INSERT INTO main.ValidationResults (RuleId, ResultDescription, UUID, file_id) "
                "SELECT RuleId, CAST(ifnull(ResultDescription, '') AS TEXT), CAST(UUID AS TEXT), "
@@ -200,6 +210,19 @@ bool CStatementGuard::FindForeignRow(const std::string& ruleId) {
     return !FailWith(text == nullptr ? Describe(SQLITE_ERROR)
                                      : std::string("not allowed: a result with ") +
                                            reinterpret_cast<const char*>(text));
+}
+
+std::optional<std::uint64_t> CStatementGuard::CountCharacters() {
+    constexpr char kSql[] =
+        "SELECT ifnull(sum(100 + ifnull(length(ResultDescription), 0) + "
+        "ifnull(length(UUID), 0)), 0) FROM temp.ValidationResults";
+    sqlite3_stmt* prepared = nullptr;
+    sqlite3_prepare_v2(m_state->connection, kSql, -1, &prepared, nullptr);
+    const Statement statement(prepared);
+    if (prepared == nullptr || sqlite3_step(prepared) != SQLITE_ROW) {
+        return std::nullopt;
+    }
+    return static_cast<std::uint64_t>(sqlite3_column_int64(prepared, 0));
 }
 
 std::string CStatementGuard::GetFailure() const {
@@ -243,7 +266,8 @@ std::string CStatementGuard::Describe(int code) const {
         return "stopped: the time limit is over";
     }
     if ((code & 0xff) == SQLITE_NOMEM) {
-        return "stopped: it needs more than 256 MB of memory";
+        return "stopped: it needs more than 128 MB of memory, or a statement more than 20,000 "
+               "instructions";
     }
     return state.connection == nullptr ? "there is no database" : sqlite3_errmsg(state.connection);
 }

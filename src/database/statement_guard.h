@@ -4,6 +4,7 @@
 #include "database/guard_policy.h"
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -50,8 +51,9 @@ public:
     bool Prepare(const std::string& sql);
     /// Lifts the guard and moves the inserted rows into the results, with the rule's id, their
     /// text, uuid and file; whatever else they hold is dropped. False, and nothing is stored, when
-    /// a row bears another rule's id or names a file that is not there.
-    bool Store(const std::string& ruleId);
+    /// a row bears another rule's id or names a file that is not there, or when the rows hold more
+    /// characters than `charactersLeft`, from which they are taken (and 100 for each row).
+    bool Store(const std::string& ruleId, std::uint64_t& charactersLeft);
     /// Whether the latest statement on the connection, also one run beside the guard, ended by a
     /// failure.
     bool IsBroken() const;
@@ -74,6 +76,8 @@ private:
     std::optional<Statement> PrepareStatement(const std::string& sql);
     bool Execute(const char* sql);
     bool FindForeignRow(const std::string& ruleId);
+    /// None after a failure.
+    std::optional<std::uint64_t> CountCharacters();
     bool FailWith(const std::string& message);
     std::string Describe(int code) const;
 
