@@ -7,6 +7,7 @@
 #include "database/storage_failures.h"
 
 #include <optional>
+#include <string_view>
 
 #include <sqlite3.h>
 
@@ -119,10 +120,16 @@ std::optional<CStatementGuard::Statement> CStatementGuard::PrepareStatement(
     }
     BeginStatement();
     sqlite3_stmt* prepared = nullptr;
-    const int code = sqlite3_prepare_v2(state.connection, sql.c_str(), -1, &prepared, nullptr);
+    const char* rest = nullptr;
+    const int code = sqlite3_prepare_v2(state.connection, sql.c_str(), -1, &prepared, &rest);
     Statement statement(prepared);
     if (code != SQLITE_OK) {
         FailWith(Describe(code));
+        return std::nullopt;
+    }
+    if (std::string_view(rest).find_first_not_of(" \t\r\n\f") != std::string_view::npos) {
+        // The body was cut at its semicolons: this one is of a text that was put in.
+        FailWith("a semicolon of \"msg\" ends the statement: a quote in \"msg\" is written twice");
         return std::nullopt;
     }
     if (sqlite3_bind_parameter_count(prepared) > 0) {

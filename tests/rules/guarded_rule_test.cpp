@@ -214,6 +214,9 @@ TEST_F(CGuardedRuleTest, CheckTellsEveryFaultAndRunsNothing) {
             EXPECT_TRUE(faults[index].starts_with(testCase.faults[index])) << faults[index];
         }
     }
+    const std::shared_ptr<IRule> cut = Add("50", insert + "Services WHERE name <> '@message'");
+    cut->msg = "x'; a text that would not be run";
+    EXPECT_EQ(m_rules.CheckBody(cut).front().find("a semicolon of \"msg\""), 0U);
     EXPECT_EQ(Query(*m_processor, "SELECT * FROM ValidationResults"), Rows{});
 }
 
