@@ -18,6 +18,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr int kInstructionsBetweenChecks = 20;
+constexpr std::int64_t kStoreInMemory = 2; // what PRAGMA temp_store calls it
 
 } // namespace
 
@@ -34,6 +35,7 @@ struct CStatementGuard::SState {
     bool lifted = false;
     bool begun = false;
     bool timedOut = false;
+    std::int64_t previousStore = kStoreInMemory;
     std::string failure;
     CGuardPolicy policy;
     std::optional<CGuardLimits> limits;
@@ -63,6 +65,30 @@ CStatementGuard::~CStatementGuard() {
     if (m_state->connection != nullptr && m_state->access == GuardAccess::InsertResults) {
         Execute("DROP TABLE IF EXISTS temp.ValidationResults");
     }
+    if (m_state->previousStore != kStoreInMemory) {
+        Execute(("PRAGMA temp_store = " + std::to_string(m_state->previousStore)).c_str());
+    }
+}
+
+void CStatementGuard::StoreInMemory() {
+    // A file for sorting or a temporary table would know no bound. A change of the setting drops
+    // all temporary tables, so those of the host keep it as it is.
+    const std::optional<std::int64_t> store = ReadNumber("PRAGMA temp_store");
+    if (store.value_or(kStoreInMemory) != kStoreInMemory &&
+        ReadNumber("SELECT count(*) FROM temp.sqlite_master") == 0 &&
+        Execute("PRAGMA temp_store = MEMORY")) {
+        m_state->previousStore = *store;
+    }
+}
+
+std::optional<std::int64_t> CStatementGuard::ReadNumber(const char* sql) {
+    sqlite3_stmt* prepared = nullptr;
+    sqlite3_prepare_v2(m_state->connection, sql, -1, &prepared, nullptr);
+    const Statement statement(prepared);
+    if (prepared == nullptr || sqlite3_step(prepared) != SQLITE_ROW) {
+        return std::nullopt;
+    }
+    return sqlite3_column_int64(prepared, 0);
 }
 
 bool CStatementGuard::Begin() {
@@ -73,6 +99,7 @@ bool CStatementGuard::Begin() {
         state.lifted = true;
         return FailWith("a transaction is open");
     }
+    StoreInMemory();
     const bool ready =
         GuardFunctions(state.connection) &&
         (state.access == GuardAccess::ReadOnly ||
@@ -178,16 +205,19 @@ bool CStatementGuard::Store(const std::string& ruleId, std::uint64_t& characters
     if (FindForeignRow(ruleId)) {
         return false;
     }
-    const std::optional<std::uint64_t> characters = CountCharacters();
-    if (!characters.has_value()) {
+    const std::optional<std::int64_t> counted = ReadNumber(
+        "SELECT ifnull(sum(100 + ifnull(length(ResultDescription), 0) + "
+        "ifnull(length(UUID), 0)), 0) FROM temp.ValidationResults");
+    if (!counted.has_value()) {
         return FailWith(Describe(SQLITE_ERROR));
     }
-    if (*characters > charactersLeft) {
-        return FailWith("stopped: its findings take " + std::to_string(*characters) +
+    const auto characters = static_cast<std::uint64_t>(*counted);
+    if (characters > charactersLeft) {
+        return FailWith("stopped: its findings take " + std::to_string(characters) +
                         " characters, and rules from files have " + std::to_string(charactersLeft) +
                         " left");
     }
-    charactersLeft -= *characters;
+    charactersLeft -= characters;
     return Execute(
                "INSERT INTO main.ValidationResults (RuleId, ResultDescription, UUID, file_id) "
                "SELECT RuleId, CAST(ifnull(ResultDescription, '') AS TEXT), CAST(UUID AS TEXT), "
@@ -217,19 +247,6 @@ bool CStatementGuard::FindForeignRow(const std::string& ruleId) {
     return !FailWith(text == nullptr ? Describe(SQLITE_ERROR)
                                      : std::string("not allowed: a result with ") +
                                            reinterpret_cast<const char*>(text));
-}
-
-std::optional<std::uint64_t> CStatementGuard::CountCharacters() {
-    constexpr char kSql[] =
-        "SELECT ifnull(sum(100 + ifnull(length(ResultDescription), 0) + "
-        "ifnull(length(UUID), 0)), 0) FROM temp.ValidationResults";
-    sqlite3_stmt* prepared = nullptr;
-    sqlite3_prepare_v2(m_state->connection, kSql, -1, &prepared, nullptr);
-    const Statement statement(prepared);
-    if (prepared == nullptr || sqlite3_step(prepared) != SQLITE_ROW) {
-        return std::nullopt;
-    }
-    return static_cast<std::uint64_t>(sqlite3_column_int64(prepared, 0));
 }
 
 std::string CStatementGuard::GetFailure() const {

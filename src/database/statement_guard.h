@@ -28,8 +28,9 @@ class IDatabase;
 /// been looked at.
 ///
 /// A statement is stopped at the deadline, and bounded in memory, in the length of one value and
-/// in what a single function call may cost, because no call of a function is ever interrupted. The
-/// memory bound is one of the process: statements of other connections share it meanwhile.
+/// in what a single function call may cost, because no call of a function is ever interrupted. What
+/// is temporary stays in memory, unless the host has temporary tables elsewhere. The memory bound
+/// is one of the process: statements of other connections share it meanwhile.
 ///
 /// The connection must outlive the guard, and nobody else may use it while the guard lives. Not for
 /// use by several threads. No statement of the guard throws; failures are told by GetFailure.
@@ -76,8 +77,9 @@ private:
     std::optional<Statement> PrepareStatement(const std::string& sql);
     bool Execute(const char* sql);
     bool FindForeignRow(const std::string& ruleId);
+    void StoreInMemory();
     /// None after a failure.
-    std::optional<std::uint64_t> CountCharacters();
+    std::optional<std::int64_t> ReadNumber(const char* sql);
     bool FailWith(const std::string& message);
     std::string Describe(int code) const;
 
