@@ -155,6 +155,7 @@ protected:
 
 private:
     friend class CRecordLoader;
+    friend class CRulesProcessor;
 
     bool Dispatch(DBOperations operation, const std::string& text);
     bool AddElementRecord(DBOperations operation, const char* text);

@@ -9,6 +9,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
@@ -33,9 +34,11 @@ using SchemaFindings = std::map<_bstr_t, SchemaFinding>;
 ///
 /// Order of calls: construct, LoadRules, Execute, PreProcess, PostProcess, GenerateReport. Shares
 /// the database processor with its rules. One thread at a time, and one rules processor at a time
-/// in the process: two would fill the same tables, page and folder. Exports run on threads of their
-/// own, which have ended when the call returns. Failures are traced and reported as false; failing
-/// statements never stop those after them.
+/// in the process: two would fill the same tables, page and folder. So from its first call until
+/// it or the thread is gone, calls of rules processors on other threads return false, change
+/// nothing, and leave the reason as their processor's GetLastDBError. Exports run on threads of
+/// their own, which have ended when the call returns. Failures are traced and reported as false;
+/// failing statements never stop those after them.
 class NAXFEWXMLDB_EXPORT CRulesProcessor {
 public:
     CRulesProcessor(const std::shared_ptr<CDBProcessor>& processor, const _bstr_t& resultText);
@@ -61,7 +64,8 @@ public:
     ///
     /// Its body may read everything and insert into `ValidationResults` under the rule's own id,
     /// where it sees its own rows only; of these text, uuid and file are kept. It is stopped after
-    /// `timeLimit` and bounded in memory, and must not be run inside a transaction. What is denied,
+    /// `timeLimit` and bounded in memory, as the texts of all such rules' findings are, and must
+    /// not be run inside a transaction. What is denied,
     /// stopped or fails becomes the rule's one result, a runtime error, in place of all its rows.
     std::shared_ptr<IRule> AddGuardedRule(std::chrono::milliseconds timeLimit);
     /// What keeps a guarded rule or export from running, one text a fault and statement: nothing
@@ -122,6 +126,7 @@ public:
     static std::string GetReportFailure();
 
 private:
+    bool MayWork();
     bool ReadRules();
     std::shared_ptr<IRule> ReadRule(IXMLDOMNode* node) const;
     std::string GetAttribute(IXMLDOMNamedNodeMap* attributes, const _bstr_t& name) const;
@@ -150,6 +155,7 @@ private:
     std::unique_ptr<CXmlDbDocument> m_exportDocument;
     std::shared_ptr<CDBProcessor> m_processor;
     std::unique_ptr<CThreadLimiter> m_exportThreads;
+    std::shared_ptr<std::uint64_t> m_charactersLeft; ///< of the findings of guarded rules
 };
 
 } // namespace Nax::FrontEnd::XMLDB

@@ -9,14 +9,21 @@ namespace Nax::FrontEnd::XMLDB {
 
 namespace {
 
-constexpr sqlite3_int64 kMemory = sqlite3_int64{256} * 1024 * 1024;
+// As SQLite counts it. Where it asks for small pieces, to sort numbers for instance, the process
+// takes twice as much: each piece has an end of its own that nobody counts.
+constexpr sqlite3_int64 kMemory = sqlite3_int64{128} * 1024 * 1024;
 // Instructions times bytes: a part of a second.
 constexpr std::uint64_t kRegexpCost = 50'000'000;
 
-constexpr std::array<std::pair<int, int>, 5> kLimits = {{
+// SQLite looks at the clock only where a program jumps. In one that is a single row of calls, each
+// of which reads long texts, it would not for minutes.
+constexpr int kInstructions = 25'000; // it doubles the room for them and ends at 21,504
+
+constexpr std::array<std::pair<int, int>, 6> kLimits = {{
     std::pair{SQLITE_LIMIT_LENGTH, 200'000},
     std::pair{SQLITE_LIMIT_SQL_LENGTH, 1'000'000},
     std::pair{SQLITE_LIMIT_LIKE_PATTERN_LENGTH, 1'000},
+    std::pair{SQLITE_LIMIT_VDBE_OP, kInstructions},
     std::pair{SQLITE_LIMIT_ATTACHED, 0},
     std::pair{SQLITE_LIMIT_WORKER_THREADS, 0},
 }};

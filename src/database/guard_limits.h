@@ -10,10 +10,10 @@ struct sqlite3;
 namespace Nax::FrontEnd::XMLDB {
 
 /// Bounds what statements may take while the object lives: memory, the length of a value, a row, a
-/// statement and a pattern, what a match may cost, databases and threads beside the connection.
-/// Puts back what was there before. The memory bound is one of the process: statements of other
-/// connections share it meanwhile. The connection must outlive the object. Not for use by several
-/// threads. Never fails.
+/// statement, its program and a pattern, what a match may cost, databases and threads beside the
+/// connection. Puts back what was there before. The memory bound is one of the process: statements
+/// of other connections share it meanwhile. The connection must outlive the object. Not for use by
+/// several threads. Never fails.
 class CGuardLimits {
 public:
     explicit CGuardLimits(sqlite3* connection);
@@ -23,7 +23,7 @@ public:
 
 private:
     sqlite3* m_connection;
-    std::array<int, 5> m_previous{};
+    std::array<int, 6> m_previous{};
     long long m_previousHardLimit = 0;
     long long m_previousSoftLimit = 0;
     CRegexpCostLimit m_regexpLimit;

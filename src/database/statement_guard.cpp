@@ -2,11 +2,12 @@
 #include "database/statement_guard.h"
 
 #include "database/guard_limits.h"
-#include "database/guarded_printf.h"
+#include "database/guarded_functions.h"
 #include "database/sqlite_database.h"
 #include "database/storage_failures.h"
 
 #include <optional>
+#include <string_view>
 
 #include <sqlite3.h>
 
@@ -17,6 +18,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr int kInstructionsBetweenChecks = 20;
+constexpr std::int64_t kStoreInMemory = 2; // what PRAGMA temp_store calls it
 
 } // namespace
 
@@ -33,6 +35,7 @@ struct CStatementGuard::SState {
     bool lifted = false;
     bool begun = false;
     bool timedOut = false;
+    std::int64_t previousStore = kStoreInMemory;
     std::string failure;
     CGuardPolicy policy;
     std::optional<CGuardLimits> limits;
@@ -62,6 +65,30 @@ CStatementGuard::~CStatementGuard() {
     if (m_state->connection != nullptr && m_state->access == GuardAccess::InsertResults) {
         Execute("DROP TABLE IF EXISTS temp.ValidationResults");
     }
+    if (m_state->previousStore != kStoreInMemory) {
+        Execute(("PRAGMA temp_store = " + std::to_string(m_state->previousStore)).c_str());
+    }
+}
+
+void CStatementGuard::StoreInMemory() {
+    // A file for sorting or a temporary table would know no bound. A change of the setting drops
+    // all temporary tables, so those of the host keep it as it is.
+    const std::optional<std::int64_t> store = ReadNumber("PRAGMA temp_store");
+    if (store.value_or(kStoreInMemory) != kStoreInMemory &&
+        ReadNumber("SELECT count(*) FROM temp.sqlite_master") == 0 &&
+        Execute("PRAGMA temp_store = MEMORY")) {
+        m_state->previousStore = *store;
+    }
+}
+
+std::optional<std::int64_t> CStatementGuard::ReadNumber(const char* sql) {
+    sqlite3_stmt* prepared = nullptr;
+    sqlite3_prepare_v2(m_state->connection, sql, -1, &prepared, nullptr);
+    const Statement statement(prepared);
+    if (prepared == nullptr || sqlite3_step(prepared) != SQLITE_ROW) {
+        return std::nullopt;
+    }
+    return sqlite3_column_int64(prepared, 0);
 }
 
 bool CStatementGuard::Begin() {
@@ -72,8 +99,9 @@ bool CStatementGuard::Begin() {
         state.lifted = true;
         return FailWith("a transaction is open");
     }
+    StoreInMemory();
     const bool ready =
-        GuardPrintf(state.connection) &&
+        GuardFunctions(state.connection) &&
         (state.access == GuardAccess::ReadOnly ||
          (Execute("DROP TABLE IF EXISTS temp.ValidationResults") &&
           Execute("CREATE TEMP TABLE ValidationResults AS SELECT * FROM main.ValidationResults "
@@ -119,10 +147,16 @@ std::optional<CStatementGuard::Statement> CStatementGuard::PrepareStatement(
     }
     BeginStatement();
     sqlite3_stmt* prepared = nullptr;
-    const int code = sqlite3_prepare_v2(state.connection, sql.c_str(), -1, &prepared, nullptr);
+    const char* rest = nullptr;
+    const int code = sqlite3_prepare_v2(state.connection, sql.c_str(), -1, &prepared, &rest);
     Statement statement(prepared);
     if (code != SQLITE_OK) {
         FailWith(Describe(code));
+        return std::nullopt;
+    }
+    if (std::string_view(rest).find_first_not_of(" \t\r\n\f") != std::string_view::npos) {
+        // The body was cut at its semicolons: this one is of a text that was put in.
+        FailWith("a semicolon of \"msg\" ends the statement: a quote in \"msg\" is written twice");
         return std::nullopt;
     }
     if (sqlite3_bind_parameter_count(prepared) > 0) {
@@ -163,7 +197,7 @@ bool CStatementGuard::Run(const std::string& sql) {
     return code == SQLITE_DONE || FailWith(Describe(code));
 }
 
-bool CStatementGuard::Store(const std::string& ruleId) {
+bool CStatementGuard::Store(const std::string& ruleId, std::uint64_t& charactersLeft) {
     if (!m_state->begun) {
         return false;
     }
@@ -171,6 +205,19 @@ bool CStatementGuard::Store(const std::string& ruleId) {
     if (FindForeignRow(ruleId)) {
         return false;
     }
+    const std::optional<std::int64_t> counted = ReadNumber(
+        "SELECT ifnull(sum(100 + ifnull(length(ResultDescription), 0) + "
+        "ifnull(length(UUID), 0)), 0) FROM temp.ValidationResults");
+    if (!counted.has_value()) {
+        return FailWith(Describe(SQLITE_ERROR));
+    }
+    const auto characters = static_cast<std::uint64_t>(*counted);
+    if (characters > charactersLeft) {
+        return FailWith("stopped: its findings take " + std::to_string(characters) +
+                        " characters, and rules from files have " + std::to_string(charactersLeft) +
+                        " left");
+    }
+    charactersLeft -= characters;
     return Execute(
                "INSERT INTO main.ValidationResults (RuleId, ResultDescription, UUID, file_id) "
                "SELECT RuleId, CAST(ifnull(ResultDescription, '') AS TEXT), CAST(UUID AS TEXT), "
@@ -243,7 +290,8 @@ std::string CStatementGuard::Describe(int code) const {
         return "stopped: the time limit is over";
     }
     if ((code & 0xff) == SQLITE_NOMEM) {
-        return "stopped: it needs more than 256 MB of memory";
+        return "stopped: it needs more than 128 MB of memory, or a statement more than 20,000 "
+               "instructions";
     }
     return state.connection == nullptr ? "there is no database" : sqlite3_errmsg(state.connection);
 }

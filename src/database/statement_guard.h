@@ -4,6 +4,7 @@
 #include "database/guard_policy.h"
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -27,8 +28,9 @@ class IDatabase;
 /// been looked at.
 ///
 /// A statement is stopped at the deadline, and bounded in memory, in the length of one value and
-/// in what a single function call may cost, because no call of a function is ever interrupted. The
-/// memory bound is one of the process: statements of other connections share it meanwhile.
+/// in what a single function call may cost, because no call of a function is ever interrupted. What
+/// is temporary stays in memory, unless the host has temporary tables elsewhere. The memory bound
+/// is one of the process: statements of other connections share it meanwhile.
 ///
 /// The connection must outlive the guard, and nobody else may use it while the guard lives. Not for
 /// use by several threads. No statement of the guard throws; failures are told by GetFailure.
@@ -50,8 +52,9 @@ public:
     bool Prepare(const std::string& sql);
     /// Lifts the guard and moves the inserted rows into the results, with the rule's id, their
     /// text, uuid and file; whatever else they hold is dropped. False, and nothing is stored, when
-    /// a row bears another rule's id or names a file that is not there.
-    bool Store(const std::string& ruleId);
+    /// a row bears another rule's id or names a file that is not there, or when the rows hold more
+    /// characters than `charactersLeft`, from which they are taken (and 100 for each row).
+    bool Store(const std::string& ruleId, std::uint64_t& charactersLeft);
     /// Whether the latest statement on the connection, also one run beside the guard, ended by a
     /// failure.
     bool IsBroken() const;
@@ -74,6 +77,9 @@ private:
     std::optional<Statement> PrepareStatement(const std::string& sql);
     bool Execute(const char* sql);
     bool FindForeignRow(const std::string& ruleId);
+    void StoreInMemory();
+    /// None after a failure.
+    std::optional<std::int64_t> ReadNumber(const char* sql);
     bool FailWith(const std::string& message);
     std::string Describe(int code) const;
 

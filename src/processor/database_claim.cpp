@@ -18,6 +18,11 @@ CDatabaseClaim& CDatabaseClaim::OfProcess() {
     return claim;
 }
 
+CDatabaseClaim& CDatabaseClaim::OfRules() {
+    static CDatabaseClaim claim;
+    return claim;
+}
+
 bool CDatabaseClaim::IsHeldElsewhere(const void* connection) const {
     const std::shared_ptr<const bool> holder = m_thread.lock();
     return m_connection != nullptr && m_connection != connection && holder != nullptr &&
@@ -38,6 +43,11 @@ bool CDatabaseClaim::Enter(const void* connection, bool making, const std::strin
         name = path;
     }
     return true;
+}
+
+bool CDatabaseClaim::Take(const void* holder) {
+    std::string none;
+    return Enter(holder, true, none, none);
 }
 
 void CDatabaseClaim::Leave(const void* connection) {

@@ -20,5 +20,7 @@ inline constexpr char kQueryError[] =
 inline constexpr char kProcessError[] =
     "\n===Error===\nFunction: Nax::FrontEnd::XMLDB::CDBProcessor::Process\n"
     "File: db_processor, Line: 451\n";
+inline constexpr char kRulesError[] =
+    "\n===Error===\nFunction: Nax::FrontEnd::XMLDB::CRulesProcessor\n";
 
 } // namespace Nax::FrontEnd::XMLDB

@@ -35,8 +35,12 @@ std::string StatementLabel(std::size_t index, std::size_t count) {
 }
 
 CGuardedRule::CGuardedRule(const std::shared_ptr<CDBProcessor>& processor,
-                           std::chrono::milliseconds timeLimit)
-    : CSqlRule(processor), m_processor(processor), m_timeLimit(timeLimit) {}
+                           std::chrono::milliseconds timeLimit,
+                           const std::shared_ptr<std::uint64_t>& charactersLeft)
+    : CSqlRule(processor),
+      m_processor(processor),
+      m_timeLimit(timeLimit),
+      m_charactersLeft(charactersLeft) {}
 
 CGuardedRule::~CGuardedRule() = default;
 
@@ -73,7 +77,7 @@ std::string CGuardedRule::RunBody() {
         // A mistake, such as a body that is a comment as a whole, must not look like a pass.
         return kNoInsert;
     }
-    return guard.Store(id.GetString()) ? std::string() : guard.GetFailure();
+    return guard.Store(id.GetString(), *m_charactersLeft) ? std::string() : guard.GetFailure();
 }
 
 std::vector<std::string> CGuardedRule::Check() {

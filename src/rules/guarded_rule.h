@@ -4,6 +4,8 @@
 #include "rules/sql_rule.h"
 
 #include <chrono>
+#include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -17,8 +19,10 @@ namespace Nax::FrontEnd::XMLDB {
 /// as CSqlRule.
 class CGuardedRule : public CSqlRule {
 public:
+    /// `charactersLeft` is what the findings of all rules that share it may yet hold.
     CGuardedRule(const std::shared_ptr<CDBProcessor>& processor,
-                 std::chrono::milliseconds timeLimit);
+                 std::chrono::milliseconds timeLimit,
+                 const std::shared_ptr<std::uint64_t>& charactersLeft);
     ~CGuardedRule() override;
 
     bool Run() override;
@@ -33,6 +37,7 @@ private:
 
     std::shared_ptr<CDBProcessor> m_processor;
     std::chrono::milliseconds m_timeLimit;
+    std::shared_ptr<std::uint64_t> m_charactersLeft;
 };
 
 /// "statement 2 of 3: " where there are several.

@@ -47,7 +47,7 @@ void CRulesProcessor::SetRulesExport(std::vector<std::shared_ptr<IRule>> rules) 
 }
 
 std::shared_ptr<IRule> CRulesProcessor::AddGuardedRule(std::chrono::milliseconds timeLimit) {
-    m_rules.push_back(std::make_shared<CGuardedRule>(m_processor, timeLimit));
+    m_rules.push_back(std::make_shared<CGuardedRule>(m_processor, timeLimit, m_charactersLeft));
     return m_rules.back();
 }
 

@@ -54,7 +54,7 @@ constexpr const char* kBulkyColumns[] = {"Body", "RuntimeErrorTrace"};
 bool CRulesProcessor::PostProcess(const _bstr_t& exportRulesPath, const _bstr_t& outputFolder,
                                   int exportMode, int debugSwitch, int reserved,
                                   const _bstr_t& jsonFolder) try {
-    if (m_processor == nullptr) {
+    if (!MayWork()) {
         return false;
     }
     const bool begun = PostProcessingUpdates(true);

@@ -99,7 +99,7 @@ std::shared_ptr<IRule> CRulesProcessor::ReadExportRule(IXMLDOMNode* node) const 
 bool CRulesProcessor::ExecuteExport(const _bstr_t& outputFolder, int exportMode, int debugSwitch,
                                     int reserved, const _bstr_t& jsonFolder) try {
     NAX_TRACE(kClass, "\n\n### EXPORT RULES EXECUTION STARTED...\n\n");
-    if (m_processor == nullptr) {
+    if (!MayWork()) {
         return false;
     }
     SExportContext context;

@@ -5,6 +5,8 @@
 #include <naxfewxmldb/xml_document.h>
 
 #include "database/own_transaction.h"
+#include "processor/database_claim.h"
+#include "processor/error_blocks.h"
 #include "rules/rule_elements.h"
 #include "rules/sql_rule.h"
 #include "rules/thread_limiter.h"
@@ -20,6 +22,11 @@ namespace Nax::FrontEnd::XMLDB {
 namespace {
 
 constexpr char kClass[] = "Nax::FrontEnd::XMLDB::CRulesProcessor";
+constexpr char kClaimed[] =
+    "Another thread of this process runs the rules; one rules processor at a time can do so";
+// Of the findings of guarded rules: 200,000 with 150 characters each, and 100 for each. A report
+// takes some ten bytes of memory for every character.
+constexpr std::uint64_t kMostCharacters = 50'000'000;
 
 } // namespace
 
@@ -29,14 +36,24 @@ CRulesProcessor::CRulesProcessor(const std::shared_ptr<CDBProcessor>& processor,
       m_rulesDocument(std::make_unique<CXmlDbDocument>()),
       m_exportDocument(std::make_unique<CXmlDbDocument>()),
       m_processor(processor),
-      m_exportThreads(std::make_unique<CThreadLimiter>()) {
+      m_exportThreads(std::make_unique<CThreadLimiter>()),
+      m_charactersLeft(std::make_shared<std::uint64_t>(kMostCharacters)) {
     NAX_TRACE(kClass, "CRulesProcessor created\n");
 }
 
-CRulesProcessor::~CRulesProcessor() = default;
+CRulesProcessor::~CRulesProcessor() {
+    CDatabaseClaim::OfRules().Leave(this);
+}
+
+bool CRulesProcessor::MayWork() {
+    if (m_processor == nullptr) {
+        return false;
+    }
+    return CDatabaseClaim::OfRules().Take(this) || m_processor->Error(kRulesError, kClaimed, "");
+}
 
 bool CRulesProcessor::Initialize() try {
-    if (m_processor == nullptr) {
+    if (!MayWork()) {
         return false;
     }
     const bool created = m_processor->Process(CreateResultsTable, std::wstringstream());
@@ -47,7 +64,7 @@ bool CRulesProcessor::Initialize() try {
 }
 
 bool CRulesProcessor::LoadRules(const _bstr_t& rulesPath) try {
-    if (m_processor == nullptr) {
+    if (!MayWork()) {
         return false;
     }
     Initialize();
@@ -124,7 +141,7 @@ std::vector<std::shared_ptr<IRule>> CRulesProcessor::GetRules() const {
 }
 
 bool CRulesProcessor::ToTable() try {
-    if (m_processor == nullptr) {
+    if (!MayWork()) {
         return false;
     }
     bool result = m_processor->DB_ExecuteQuery("DELETE FROM RULES;");
@@ -138,7 +155,7 @@ bool CRulesProcessor::ToTable() try {
 }
 
 bool CRulesProcessor::RuleToTable(const std::shared_ptr<IRule>& rule) try {
-    if (m_processor == nullptr || rule == nullptr) {
+    if (!MayWork() || rule == nullptr) {
         return false;
     }
     const auto safe = [this](const CStringA& text) { return m_processor->UpdateStr(text); };
@@ -158,7 +175,11 @@ bool CRulesProcessor::RuleToTable(const std::shared_ptr<IRule>& rule) try {
 
 bool CRulesProcessor::Execute() try {
     NAX_TRACE(kClass, "\n\n### RULES EXECUTION STARTED...\n\n");
+    if (!MayWork()) {
+        return false;
+    }
     bool result = false;
+    *m_charactersLeft = kMostCharacters;
     for (const std::shared_ptr<IRule>& rule : m_rules) {
         rule->Initialize();
         result = rule->Run();

@@ -30,7 +30,7 @@ constexpr const char* kColumnUpdates[] = {
 } // namespace
 
 bool CRulesProcessor::PreProcess(const SchemaFindings& findings) try {
-    if (m_processor == nullptr) {
+    if (!MayWork()) {
         return false;
     }
     const bool result = ProcessXSDValidationMsgs(findings);

@@ -22,6 +22,7 @@ namespace {
 constexpr int kThreads = 8;
 constexpr std::size_t kRouters = 300;
 constexpr char kWait[] = "PRAGMA busy_timeout = 60000"; ///< for connections of others
+constexpr char kRulesRefused[] = "Another thread of this process runs the rules";
 constexpr char kRefused[] = "Another thread of this process works on the database";
 
 /// Runs `work` with the numbers of `count` threads, all at once.
@@ -227,6 +228,40 @@ TEST_F(CThreadsTest, ReadersSeeWholeTransactionsBesideTheRules) {
     readers.join();
     EXPECT_EQ(alone, disturbed);
     EXPECT_LT(33U, alone.size()) << "routers of one id are findings";
+}
+
+TEST_F(CThreadsTest, OneRulesProcessorAtATimeRuns) {
+    const auto processor = NewDatabase(Transactional);
+    ASSERT_TRUE(Fill(*processor, "whole"));
+    for (const DBOperations made : {CreateResultIdTable, CreateResultsTable, CreateRulesTable}) {
+        ASSERT_TRUE(Run(*processor, made));
+    }
+    const auto other = NewProcessor(Normal);
+    ASSERT_TRUE(Run(*other, openDB));
+    const auto load = [&] { return CRulesProcessor(other, _bstr_t()).LoadRules(_bstr_t()); };
+    auto first = std::make_unique<CRulesProcessor>(processor, _bstr_t());
+    ASSERT_TRUE(first->LoadRules(_bstr_t()) && load()) << "one thread may have several";
+    ASSERT_TRUE(first->LoadRules(_bstr_t()) && first->Execute());
+    constexpr char kAll[] =
+        "SELECT count(*) FROM Rules UNION ALL "
+        "SELECT count(*) FROM ValidationResults";
+    const Rows before = RowsOf(*processor->GetDatabase(), kAll);
+    std::jthread([&] {
+        CRulesProcessor second(other, _bstr_t());
+        const bool refused[] = {second.Initialize(),
+                                second.LoadRules(_bstr_t()),
+                                second.ToTable(),
+                                second.Execute(),
+                                second.PreProcess({}),
+                                second.PostProcess(_bstr_t(), _bstr_t(), 0, 0, 0, _bstr_t()),
+                                second.ExecuteExport(_bstr_t(), 0, 0, 0, _bstr_t())};
+        EXPECT_EQ(0, std::count(std::begin(refused), std::end(refused), true));
+        EXPECT_NE(std::string::npos, other->GetLastDBError().find(kRulesRefused))
+            << other->GetLastDBError();
+    }).join();
+    EXPECT_EQ(before, RowsOf(*processor->GetDatabase(), kAll));
+    first.reset();
+    std::jthread([&] { EXPECT_TRUE(load()) << other->GetLastDBError(); }).join();
 }
 
 TEST_F(CThreadsTest, ValidatorsOnThreadsSayWhatOneSays) {

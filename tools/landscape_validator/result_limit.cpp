@@ -14,9 +14,11 @@ using namespace Nax::FrontEnd::XMLDB;
 namespace {
 
 constexpr char kCount[] = "SELECT count(*) FROM ValidationResults";
-// Rules that could not run, errors, warnings, the rest.
+// Rules that could not run, errors, warnings, the rest. The first thousand of each rule come before
+// all others: a rule that finds too much must not hide what the others have found.
 constexpr char kRemove[] =
     "DELETE FROM ValidationResults WHERE pk IN (SELECT pk FROM ValidationResults ORDER BY "
+    "row_number() OVER (PARTITION BY RuleId ORDER BY pk) > 1000, "
     "CASE ResultId WHEN '2' THEN 0 WHEN '0' THEN 1 WHEN '5' THEN 2 ELSE 3 END, pk "
     "LIMIT -1 OFFSET {})";
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "database/guarded_printf.h"
+#include "database/guarded_functions.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -18,6 +18,8 @@ namespace {
 
 constexpr std::int64_t kMostRepeats = 50'000;
 constexpr std::int64_t kTooMany = kMostRepeats + 1;
+// Bytes of the text times bytes of the set: a part of a second.
+constexpr std::int64_t kMostComparisons = 50'000'000;
 
 /// The largest of the numbers that a precision may come from; a negative one counts as positive.
 std::int64_t LargestNumber(int count, sqlite3_value** values) {
@@ -46,18 +48,46 @@ std::int64_t CountRepeats(std::string_view format, int count, sqlite3_value** va
     return repeats;
 }
 
+/// Whether a call of printf would repeat characters for too long.
+bool RepeatsTooMuch(int count, sqlite3_value** values) {
+    const auto* format = count > 0 ? sqlite3_value_text(values[0]) : nullptr;
+    const char* text = format == nullptr ? "" : reinterpret_cast<const char*>(format);
+    return CountRepeats(text, count, values) > kMostRepeats;
+}
+
+/// Whether a call of trim would compare too many characters with too many others.
+bool TrimsTooMuch(int count, sqlite3_value** values) {
+    std::int64_t comparisons = 1;
+    for (int index = 0; index < count; ++index) {
+        comparisons *= sqlite3_value_bytes(values[index]);
+    }
+    return comparisons > kMostComparisons;
+}
+
+struct SGuarded {
+    const char* name;
+    int arguments;
+    bool (*isTooMuch)(int count, sqlite3_value** values);
+};
+
+constexpr SGuarded kGuarded[] = {{"printf", -1, RepeatsTooMuch},
+                                 {"format", -1, RepeatsTooMuch},
+                                 {"trim", 2, TrimsTooMuch},
+                                 {"ltrim", 2, TrimsTooMuch},
+                                 {"rtrim", 2, TrimsTooMuch}};
+
 struct SCloser {
     void operator()(sqlite3* connection) const { sqlite3_close_v2(connection); }
     void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
 };
 
 /// SQLite's own function, which only a connection without ours can call.
-class CPrintf {
+class COriginal {
 public:
+    explicit COriginal(const SGuarded& function) : m_function(function) {}
+
     void Call(sqlite3_context* context, int count, sqlite3_value** values) {
-        const auto* format = count > 0 ? sqlite3_value_text(values[0]) : nullptr;
-        const char* text = format == nullptr ? "" : reinterpret_cast<const char*>(format);
-        if (CountRepeats(text, count, values) > kMostRepeats) {
+        if (m_function.isTooMuch(count, values)) {
             sqlite3_result_error_toobig(context);
             return;
         }
@@ -95,7 +125,7 @@ private:
         }
         std::unique_ptr<sqlite3_stmt, SCloser>& statement = m_statements[count];
         if (statement == nullptr) {
-            std::string sql = "SELECT printf(";
+            std::string sql = std::string("SELECT ") + m_function.name + "(";
             for (int index = 0; index < count; ++index) {
                 sql += index == 0 ? "?" : ",?";
             }
@@ -106,30 +136,32 @@ private:
         return statement.get();
     }
 
+    const SGuarded& m_function;
     std::unique_ptr<sqlite3, SCloser> m_connection;
     std::map<int, std::unique_ptr<sqlite3_stmt, SCloser>> m_statements; ///< by their arguments
 };
 
 void Call(sqlite3_context* context, int count, sqlite3_value** values) {
     try {
-        static_cast<CPrintf*>(sqlite3_user_data(context))->Call(context, count, values);
+        static_cast<COriginal*>(sqlite3_user_data(context))->Call(context, count, values);
     } catch (const std::exception&) {
         sqlite3_result_error_nomem(context);
     }
 }
 
 void Delete(void* function) {
-    const std::unique_ptr<CPrintf> deleted(static_cast<CPrintf*>(function));
+    const std::unique_ptr<COriginal> deleted(static_cast<COriginal*>(function));
 }
 
 } // namespace
 
-bool GuardPrintf(sqlite3* connection) {
-    for (const char* name : {"printf", "format"}) {
+bool GuardFunctions(sqlite3* connection) {
+    for (const SGuarded& function : kGuarded) {
         // SQLite deletes it, also when it does not take it.
         const int code = sqlite3_create_function_v2(
-            connection, name, -1, SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS,
-            std::make_unique<CPrintf>().release(), Call, nullptr, nullptr, Delete);
+            connection, function.name, function.arguments,
+            SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS,
+            std::make_unique<COriginal>(function).release(), Call, nullptr, nullptr, Delete);
         if (code != SQLITE_OK) {
             return false;
         }
