@@ -71,15 +71,17 @@ TEST(XmlFaultPlaces, PointAtTheAttributeOrTheElement) {
 }
 
 TEST(XmlFaultPlaces, EveryStrayTextHasItsOwnLine) {
-    const SXmlTestOutcome outcome = LoadText(
-        ValidatingDocument(SmallSchema),
-        "<Root updated='u'>\n<Items>\none &amp; <![CDATA[one]]> &#49;\n<Item/>\ntwo" +
-            std::string(1000, '\n') + "zwölf\n<!-- c -->\nthree<?p?>\nfour</Items></Root>");
+    const SXmlTestOutcome outcome =
+        LoadText(ValidatingDocument(SmallSchema),
+                 "<Root updated='u'>\n<Items>\none &amp; <![CDATA[one]]> &#49;\n<Item/>\ntwo" +
+                     std::string(1000, '\n') +
+                     "zwölf\n<!-- c -->\nthree<?p?>\nfour</Items><Pair><Item/><Empty>\nä &amp; "
+                     "b</Empty></Pair></Root>");
     std::vector<long> lines;
     for (const SXmlTestFault& fault : outcome.faults) {
         lines.push_back(fault.line);
     }
-    EXPECT_EQ(lines, (std::vector<long>{3, 5, 1007, 1008}));
+    EXPECT_EQ(lines, (std::vector<long>{3, 5, 1007, 1008, 1008}));
 }
 
 TEST(XmlFaultPlaces, LinesPast65535) {

@@ -172,7 +172,7 @@ void CXmlStream::OnSchemaError(const xmlError& error) {
         return;
     }
     // The validator tells each piece of a text.
-    if (error.code == XML_SCHEMAV_CVC_COMPLEX_TYPE_2_3 &&
+    if (message.text.starts_with("Character content") &&
         std::exchange(m_textFaultEvent, m_event) == m_event) {
         return;
     }
