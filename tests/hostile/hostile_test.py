@@ -83,6 +83,9 @@ ROWS = [
         b">", b" xmlns:x='http://www.w3.org/2001/XMLSchema-instance' "
               b"x:noNamespaceSchemaLocation='http://127.0.0.1:9/s.xsd'>", 1) + CLOSE], 0, []),
     ("10,000 levels of nodes", lambda: nodes(10_000), 0, ["10001 entries"]),
+    ("300 levels of nodes and an entity",
+     lambda: [b"".join(nodes(300)).replace(b"<Landscape", b"<!DOCTYPE Landscape [<!ENTITY e ''>]><Landscape", 1)],
+     1, ["declares entities. Only without them"]),
     ("1,000,000 levels of unknown elements", lambda: nested(b"<x>", b"</x>", 1_000_000), 1,
      limit("depth")),
     ("1,000,000 levels of unknown elements, allowed",
