@@ -147,6 +147,7 @@ ROWS = [
      ["line 1"]),
     ("bytes of 0xFF", lambda: [b"\xFF" * 1_000], 1, ["line 1"]),
     ("an empty file", lambda: [], 1, ["is empty"]),
+    ("no XML", lambda: [b"\n{}"], 1, ["line 2: The document has no outermost element"]),
     ("a byte-order mark", lambda: [b"\xEF\xBB\xBF"], 1, ["empty"]),
     ("gzip", gzipped, 1, ["line 1"]),
     ("zip", zipped, 1, ["line 1"]),

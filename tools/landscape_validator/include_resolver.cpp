@@ -249,6 +249,9 @@ SResolvedInclude ResolveInclude(const std::string& base, bool baseIsUrl, const s
         return ResolveUrl(baseIsUrl ? base : std::string(), text, options);
     }
     include.path = AsLocalPath(ResolveLocal(base, url).string());
+    if (include.path.empty()) { // a blank URL in a file of the working folder
+        include.path = ".";
+    }
     include.url = include.path;
     include.base = include.path;
     include.identity = IdentityOfFile(include.path);
