@@ -134,6 +134,12 @@ ROWS = [
      lambda: landscape(WORKSPACE, many(b"<Item/>\n", 400, 2_000_000), WORKSPACE_END), 2,
      limit("findings", "more than 200000 findings" if FULL else "more than 300 findings"),
      [] if FULL else ["--limit", "findings=300"]),
+    ("long texts in findings", lambda: landscape(
+        WORKSPACE, many(lambda n: b'<Node name="" uuid="%d' % (n // 2) + b"x" * 1_000_000 + b'"/>', 2, 20),
+        WORKSPACE_END), 2, limit("findings", "more than 5000 findings"),
+     ["--limit", "findings=5000"]),
+    ("includes with long URLs", lambda: includes([b"%d" % n + "ä".encode() * 4_000_000 for n in range(4)]),
+     1, ["its URL has more than 10,000 bytes"]),
     ("1,000,000 missing includes of 10,000", lambda: includes(
         [b"m%d.xml" % n for n in range(1_000_000 if FULL else 300)]), 1,
      limit("files", "has 10000 files" if FULL else "has 100 files"),

@@ -237,6 +237,11 @@ SResolvedInclude ResolveInclude(const std::string& base, bool baseIsUrl, const s
                                 const SIncludeOptions& options) {
     const std::string text = WithoutSpaceAround(url);
     SResolvedInclude include;
+    if (text.size() > kMaxIncludeUrl) {
+        include.url = WithoutUserInfo(text);
+        return NotRead(include,
+                       "The included file was refused: its URL has more than 10,000 bytes.", true);
+    }
     if (baseIsUrl && NamesLocalFile(text)) {
         include.url = WithoutUserInfo(text);
         return NotRead(include,
