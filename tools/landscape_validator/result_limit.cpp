@@ -13,15 +13,17 @@ using namespace Nax::FrontEnd::XMLDB;
 
 namespace {
 
-// What a finding counts: one, or the room that its texts take.
+// What a finding counts: one, or the room that its texts take. That a rule found nothing is none.
 constexpr char kWeight[] =
     "max(1, (length(coalesce(ResultDescription, '')) + length(coalesce(UUID, ''))) / 200)";
-constexpr char kCount[] = "SELECT count(*), coalesce(sum({}), 0) > {} FROM ValidationResults";
+constexpr char kCount[] =
+    "SELECT count(*), coalesce(sum({}), 0) > {} FROM ValidationResults WHERE ResultId NOT IN ('1', "
+    "'4')";
 // Rules that could not run, errors, warnings, the rest.
 constexpr char kRemove[] =
     "DELETE FROM ValidationResults WHERE pk IN (SELECT pk FROM (SELECT pk, sum({}) OVER (ORDER BY "
     "CASE ResultId WHEN '2' THEN 0 WHEN '0' THEN 1 WHEN '5' THEN 2 ELSE 3 END, pk) AS total FROM "
-    "ValidationResults) WHERE total > {})";
+    "ValidationResults WHERE ResultId NOT IN ('1', '4')) WHERE total > {})";
 
 struct SCount {
     std::uint64_t results = 0;
