@@ -83,6 +83,9 @@ ROWS = [
         b">", b" xmlns:x='http://www.w3.org/2001/XMLSchema-instance' "
               b"x:noNamespaceSchemaLocation='http://127.0.0.1:9/s.xsd'>", 1) + CLOSE], 0, []),
     ("10,000 levels of nodes", lambda: nodes(10_000), 0, ["10001 entries"]),
+    ("300 levels of nodes and an entity",
+     lambda: [b"".join(nodes(300)).replace(b"<Landscape", b"<!DOCTYPE Landscape [<!ENTITY e ''>]><Landscape", 1)],
+     1, ["declares entities. Only without them"]),
     ("1,000,000 levels of unknown elements", lambda: nested(b"<x>", b"</x>", 1_000_000), 1,
      limit("depth")),
     ("1,000,000 levels of unknown elements, allowed",
@@ -131,6 +134,12 @@ ROWS = [
      lambda: landscape(WORKSPACE, many(b"<Item/>\n", 400, 2_000_000), WORKSPACE_END), 2,
      limit("findings", "more than 200000 findings" if FULL else "more than 300 findings"),
      [] if FULL else ["--limit", "findings=300"]),
+    ("long texts in findings", lambda: landscape(
+        WORKSPACE, many(lambda n: b'<Node name="" uuid="%d' % (n // 2) + b"x" * 1_000_000 + b'"/>', 2, 20),
+        WORKSPACE_END), 2, limit("findings", "more than 5000 findings"),
+     ["--limit", "findings=5000"]),
+    ("includes with long URLs", lambda: includes([b"%d" % n + "ä".encode() * 4_000_000 for n in range(4)]),
+     1, ["its URL has more than 10,000 bytes"]),
     ("1,000,000 missing includes of 10,000", lambda: includes(
         [b"m%d.xml" % n for n in range(1_000_000 if FULL else 300)]), 1,
      limit("files", "has 10000 files" if FULL else "has 100 files"),
@@ -144,6 +153,7 @@ ROWS = [
      ["line 1"]),
     ("bytes of 0xFF", lambda: [b"\xFF" * 1_000], 1, ["line 1"]),
     ("an empty file", lambda: [], 1, ["is empty"]),
+    ("no XML", lambda: [b"\n{}"], 1, ["line 2: The document has no outermost element"]),
     ("a byte-order mark", lambda: [b"\xEF\xBB\xBF"], 1, ["empty"]),
     ("gzip", gzipped, 1, ["line 1"]),
     ("zip", zipped, 1, ["line 1"]),

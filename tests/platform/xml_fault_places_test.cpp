@@ -40,6 +40,14 @@ TEST(XmlFaultPlaces, PointAtTheAttributeOrTheElement) {
         {open + "<Item><Memo>äöü</Memo><Item n='ü'/></Item>\r\n" + close, 3, 29,
          "<Item><Memo>äöü</Memo><Item n='ü'/></Item>"},
         {"<Root updated='u'>\n<Items>\n<Item/>\n  stray\n</Items></Root>", 4, 3, "  stray"},
+        {"<Root updated='u'>\n<Items>\n ströy\n\n<Item/>\n</Items></Root>", 3, 2, " ströy"},
+        {"<Root updated='u'>\n<Items>\r\n<![CDATA[ä\r\n\r\n]]>\n</Items></Root>", 3, 10,
+         "<![CDATA[ä"},
+        {"<Root updated='u'>\n<Items>\nx" + std::string(5000, '\n') + "ä\n</Items></Root>", 3, 1,
+         "x"},
+        {"<Root updated='u'>\n<Items>\n<![CDATA[\nx" + std::string(5000, '\n') +
+             "]]></Items></Root>",
+         4, 1, "x"},
         {"<Root updated='u'>\n<Pair>\n<Item/>\n</Pair>\n</Root>", 2, 1, "<Pair>"},
         {"<!DOCTYPE Root [<!ENTITY e \"<Item n='x'/>\">]>\n<Root updated='u'><Items>\n&e;</Items>"
          "</Root>",
@@ -63,14 +71,17 @@ TEST(XmlFaultPlaces, PointAtTheAttributeOrTheElement) {
 }
 
 TEST(XmlFaultPlaces, EveryStrayTextHasItsOwnLine) {
-    const SXmlTestOutcome outcome = LoadText(
-        ValidatingDocument(SmallSchema),
-        "<Root updated='u'>\n<Items>\none\n<Item/>\ntwo\n<!-- c -->\nthree</Items></Root>");
+    const SXmlTestOutcome outcome =
+        LoadText(ValidatingDocument(SmallSchema),
+                 "<Root updated='u'>\n<Items>\none &amp; <![CDATA[one]]> &#49;\n<Item/>\ntwo" +
+                     std::string(1000, '\n') +
+                     "zwölf\n<!-- c -->\nthree<?p?>\nfour</Items><Pair><Item/><Empty>\nä &amp; "
+                     "b</Empty></Pair></Root>");
     std::vector<long> lines;
     for (const SXmlTestFault& fault : outcome.faults) {
         lines.push_back(fault.line);
     }
-    EXPECT_EQ(lines, (std::vector<long>{3, 5, 7}));
+    EXPECT_EQ(lines, (std::vector<long>{3, 5, 1007, 1008, 1008}));
 }
 
 TEST(XmlFaultPlaces, LinesPast65535) {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "file_list.h"
+#include "include_resolver.h"
 #include "tool/scratch_folder.h"
 
 #include <gtest/gtest.h>
@@ -70,6 +71,9 @@ TEST(FileList, OneFileUnderManyNamesIsListedOnce) {
     }
     EXPECT_EQ(urls, (std::vector<std::string>{main, scratch.Path("other.xml"),
                                               scratch.Path("gone.xml"), "http://h/x.xml"}));
+    for (const char* url : {" ", "file:"}) {
+        EXPECT_EQ(ResolveInclude("main.xml", false, url, {}).path, ".") << url;
+    }
 }
 
 } // namespace

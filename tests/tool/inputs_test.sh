@@ -89,18 +89,22 @@ keep-backups = 3
 json = true
 glob = ["a.xml", "b.xml"]
 include-root = "https://host.example/=conf"
+limit = ["depth=3", "files=6", "names=500"]
 END
 mkdir -p work/er
 check 'files of the configuration' 0 'Checked 3 files'
 cd work/er || exit 1
 export LANDSCAPE_VALIDATOR_KEEP_BACKUPS=4 LANDSCAPE_VALIDATOR_JSON=off
+export LANDSCAPE_VALIDATOR_LIMIT='depth=4;files=7'
 export LANDSCAPE_VALIDATOR_GLOB='*.xml;b;' LANDSCAPE_VALIDATOR_FAIL_ON=warning
 while IFS='|' read -r value origin; do
-  check 'origin' 0 "$(printf '%-40s # %s' "$value" "$origin")" --show-config --fail-on info --open
+  check 'origin' 0 "$(printf '%-40s # %s' "$value" "$origin")" --show-config --fail-on info --open \
+    --limit depth=5
 done <<'END'
 files = ['../../conf', '../../main.xml']|../../landscape-validator.toml:2
 glob = ['*.xml', 'b']|LANDSCAPE_VALIDATOR_GLOB
 include-root = ['https://host.example/=../../conf']|../../landscape-validator.toml:6
+limit = ['depth=5', 'files=7', 'names=500']|command line, LANDSCAPE_VALIDATOR_LIMIT, ../../landscape-validator.toml:7
 keep-backups = 4|LANDSCAPE_VALIDATOR_KEEP_BACKUPS
 json = false|LANDSCAPE_VALIDATOR_JSON
 fail-on = 'info'|command line

@@ -131,8 +131,8 @@ void CConfiguration::ApplyEnvironment(bool ownOptions) {
     for (SEntry& entry : m_entries) {
         const std::string name = VariableOf(entry.key);
         const char* text = std::getenv(name.c_str());
-        if (Contains(kOwnKeys, entry.key) != ownOptions || entry.source == Source::CommandLine ||
-            text == nullptr || *text == '\0') {
+        if (Contains(kOwnKeys, entry.key) != ownOptions || text == nullptr || *text == '\0' ||
+            (entry.source == Source::CommandLine && !IsByName(*entry.option))) {
             continue;
         }
         std::vector<std::string> values{text};
@@ -173,20 +173,25 @@ void CConfiguration::ApplyFile(const SConfigurationFile& file) {
                 text = RelativeTo(folder, text, *entry->option);
             }
         }
-        if (entry->source == Source::Default) {
+        if (entry->source == Source::Default || IsByName(*entry->option)) {
             Set(*entry, Source::File, origin, values);
         }
     }
 }
 
 void CConfiguration::Set(SEntry& entry, Source source, const std::string& origin,
-                         const std::vector<std::string>& values) {
+                         std::vector<std::string> values) {
     if (IsShutOut(entry, source, origin)) {
         return;
     }
-    entry.source = source;
-    entry.origin = origin;
     CLI::Option& option = *entry.option;
+    if (entry.source == Source::Default) {
+        entry.source = source;
+        entry.origin = origin;
+    } else {
+        values = WithNewNames(option, std::move(values));
+        entry.origin += values.empty() ? "" : ", " + origin;
+    }
     if (values.empty() ||
         (IsFlag(option) && values.front() == "false" && option.get_default_str() != "true")) {
         return; // nothing but the origin changes
@@ -206,6 +211,9 @@ bool CConfiguration::IsShutOut(const SEntry& entry, Source source,
                                const std::string& origin) const {
     bool shutOut = false;
     for (const SEntry& other : m_entries) {
+        if (&other == &entry) {
+            continue;
+        }
         if (other.option == entry.option && other.source != Source::Default) {
             shutOut = true; // by another name, or a flag's opposite
         } else if (other.option->count() > 0 &&

@@ -28,10 +28,10 @@ struct SConfigurationOptions {
 ///
 /// Works on whatever options the command has: a long name is the key in the file, and with the
 /// prefix LANDSCAPE_VALIDATOR_, in capitals and with "_" for "-", the environment's. FILE has the
-/// name "files". An option that excludes one that was given closer to the command line is left out.
-/// All of the options' own checks apply. A file holds options of the default command; any other
-/// command takes those that it shares with it, FILE excepted. One use, while the command line is
-/// being read.
+/// name "files". A list of names with values is taken name by name, any other one as a whole. An
+/// option that excludes one that was given closer to the command line is left out. All of the
+/// options' own checks apply. A file holds options of the default command; any other command takes
+/// those that it shares with it, FILE excepted. One use, while the command line is being read.
 class CConfiguration {
 public:
     explicit CConfiguration(CLI::App& command);
@@ -59,7 +59,7 @@ private:
     void ApplyEnvironment(bool ownOptions);
     void ApplyFile(const SConfigurationFile& file);
     void Set(SEntry& entry, Source source, const std::string& origin,
-             const std::vector<std::string>& values);
+             std::vector<std::string> values);
     bool IsShutOut(const SEntry& entry, Source source, const std::string& origin) const;
     void CheckNeeds() const;
     SEntry* Find(const std::string& key);

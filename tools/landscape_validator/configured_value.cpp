@@ -74,6 +74,18 @@ bool NamesFiles(const CLI::Option& option) {
     return std::find(kPlaces.begin(), kPlaces.end(), place) != kPlaces.end();
 }
 
+bool IsByName(const CLI::Option& option) {
+    return PlaceholderOf(option).starts_with("NAME=");
+}
+
+std::vector<std::string> WithNewNames(const CLI::Option& option, std::vector<std::string> values) {
+    for (const std::string& present : option.results()) {
+        const std::string start = present.substr(0, present.find('=')) + "=";
+        std::erase_if(values, [&](const std::string& value) { return value.starts_with(start); });
+    }
+    return values;
+}
+
 std::string WhyWrongType(const CLI::Option& option, const SConfiguredValue& value) {
     if (value.list && !IsRepeatable(option)) {
         return IsFlag(option) ? "must be true or false" : "takes one value, not a list";

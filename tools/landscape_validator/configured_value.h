@@ -4,6 +4,7 @@
 #include "configuration_file.h"
 
 #include <string>
+#include <vector>
 
 namespace CLI {
 class Option;
@@ -17,6 +18,10 @@ bool IsFlag(const CLI::Option& option);
 bool IsRepeatable(const CLI::Option& option);
 /// By the placeholder in its help: FILE, DIR, FOLDER, also behind "=" as in FORMAT=FILE.
 bool NamesFiles(const CLI::Option& option);
+/// NAME=...: a list of settings with names, each of which is taken from the closest place.
+bool IsByName(const CLI::Option& option);
+/// Those of `values` whose names the option's present values do not have.
+std::vector<std::string> WithNewNames(const CLI::Option& option, std::vector<std::string> values);
 
 /// Why an option cannot take a value of this type; empty when it can.
 std::string WhyWrongType(const CLI::Option& option, const SConfiguredValue& value);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "element_collector.h"
 
+#include "include_resolver.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <utility>
@@ -172,7 +174,14 @@ void CElementCollector::AddEntry(std::size_t table, Attributes attributes, long 
 }
 
 void CElementCollector::AddInclude(Attributes attributes, long line) {
-    const std::optional<std::string> url = FindAttribute(attributes, "url");
+    std::optional<std::string> url = FindAttribute(attributes, "url");
+    if (url && url->size() > kMaxIncludeUrl) { // whole characters of it, so many that it is refused
+        std::size_t end = std::min(url->size(), kMaxIncludeUrl + 4);
+        while (end < url->size() && (static_cast<unsigned char>((*url)[end]) & 0xC0U) == 0x80U) {
+            --end;
+        }
+        url->resize(end);
+    }
     if (url && !url->empty() && m_includes.size() <= m_maxIncludes &&
         m_includeUrls.insert(*url).second) {
         m_includes.push_back({*url, FindAttribute(attributes, "description"),

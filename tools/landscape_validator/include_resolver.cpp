@@ -237,6 +237,11 @@ SResolvedInclude ResolveInclude(const std::string& base, bool baseIsUrl, const s
                                 const SIncludeOptions& options) {
     const std::string text = WithoutSpaceAround(url);
     SResolvedInclude include;
+    if (text.size() > kMaxIncludeUrl) {
+        include.url = WithoutUserInfo(text);
+        return NotRead(include,
+                       "The included file was refused: its URL has more than 10,000 bytes.", true);
+    }
     if (baseIsUrl && NamesLocalFile(text)) {
         include.url = WithoutUserInfo(text);
         return NotRead(include,
@@ -249,6 +254,9 @@ SResolvedInclude ResolveInclude(const std::string& base, bool baseIsUrl, const s
         return ResolveUrl(baseIsUrl ? base : std::string(), text, options);
     }
     include.path = AsLocalPath(ResolveLocal(base, url).string());
+    if (include.path.empty()) { // a blank URL in a file of the working folder
+        include.path = ".";
+    }
     include.url = include.path;
     include.base = include.path;
     include.identity = IdentityOfFile(include.path);

@@ -39,6 +39,9 @@ struct SResolvedInclude {
     std::string identity; ///< equal for all names of one file
 };
 
+/// Bytes of a longer URL, which names no file that can be opened, and is refused.
+inline constexpr std::size_t kMaxIncludeUrl = 10'000;
+
 /// Resolves an include entry's URL, which is not empty, against the including file's base.
 ///
 /// Relative URLs inside local files are taken as written and, where no such file exists, with

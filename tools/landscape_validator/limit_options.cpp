@@ -77,7 +77,8 @@ std::string WhyNoLimit(const std::string& text) {
     return ReadNumber(text.substr(equals + 1))
                ? std::string()
                : "'" + text +
-                     "' needs a whole number from 1, which may have KB, MB or GB behind it";
+                     "' needs a whole number from 1 to 1152921504606846976, which may have KB, MB "
+                     "or GB behind it";
 }
 
 } // namespace

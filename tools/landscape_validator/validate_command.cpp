@@ -288,7 +288,8 @@ private:
             const std::uint64_t limit = m_options.limits.findings;
             Fail(
                 fmt::format("the rules found more than {} findings, which is the limit "
-                            "\"findings\". {} The {} least severe are left out",
+                            "\"findings\". {} The {} least severe are left out; of one with long "
+                            "texts 200 characters count as one",
                             limit, LimitAdvice("findings"), m_leftOut));
         }
     }

@@ -319,7 +319,9 @@ std::string DescribeSyntaxFault(const xmlError& error) {
         case XML_ERR_ENTITY_LOOP:
             return "The document's entities refer to themselves or expand into too much text.";
         case XML_ERR_DOCUMENT_EMPTY:
-            return "The document is empty.";
+            return error.message != nullptr && std::string_view(error.message).starts_with("Start")
+                       ? "The document has no outermost element; its start tag is expected here."
+                       : "The document is empty.";
         default:
             break;
     }

@@ -10,6 +10,25 @@
 
 namespace Nax::FrontEnd::XMLDB {
 
+namespace {
+
+constexpr char EntitiesLimit[] =
+    "The document declares entities. Only without them may it have more than 256 elements inside "
+    "one another, names of more than 50,000 bytes, or texts, values and comments of more than "
+    "10,000,000 bytes.";
+
+constexpr std::string_view ParserLimits[] = {"Excessive depth", "too big", "too long",
+                                             "Huge input lookup"};
+
+/// Whether the parser's own limits are in the way, whose messages advise what nobody can do.
+bool IsParserLimit(const xmlError& error) {
+    const std::string_view text = error.message == nullptr ? "" : error.message;
+    return std::any_of(std::begin(ParserLimits), std::end(ParserLimits),
+                       [&](std::string_view words) { return text.find(words) != text.npos; });
+}
+
+} // namespace
+
 CXmlParseSession::CXmlParseSession(CXmlSource& source, bool prohibitDtd, const SXmlLimits& limits)
     : m_source(source), m_prohibitDtd(prohibitDtd), m_limits(limits) {}
 
@@ -165,7 +184,9 @@ void CXmlParseSession::OnXmlError(const xmlError& error) noexcept {
         if (error.domain == XML_FROM_SCHEMASV) {
             OnSchemaError(error);
         } else if (error.level >= XML_ERR_ERROR && error.domain != XML_FROM_VALID && !m_fatal) {
-            SetFatal(error.code, DescribeSyntaxFault(error));
+            const bool isLimited = m_parser != nullptr && (m_parser->options & XML_PARSE_HUGE) == 0;
+            SetFatal(error.code, isLimited && IsParserLimit(error) ? EntitiesLimit
+                                                                   : DescribeSyntaxFault(error));
         }
     } catch (const std::exception&) {
         KeepException();

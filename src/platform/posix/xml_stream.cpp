@@ -44,6 +44,8 @@ SXmlFaultList CXmlStream::Parse() {
     handler.characters = OnCharacters;
     handler.ignorableWhitespace = OnCharacters;
     handler.cdataBlock = OnCdata;
+    handler.comment = OnComment;
+    handler.processingInstruction = OnInstruction;
     Run(handler);
     if (Fatal()) {
         m_faults.faults.assign(1, *Fatal());
@@ -143,21 +145,43 @@ void CXmlStream::OnEndElement(void* context, const xmlChar* name, const xmlChar*
     });
 }
 
-void CXmlStream::ReportText(const xmlChar* text, int length) {
+/// Where the text from `first` on stands in the input. The parser hands on ASCII text where it
+/// lies; sections and other text it copies, which are then looked for before the place that it has
+/// reached. What comes from a reference is not found there, and has that place.
+std::size_t CXmlStream::TextOffset(std::string_view text, std::size_t first, bool isSection) const {
+    const xmlParserInputPtr input = Input();
+    const auto* place = reinterpret_cast<const xmlChar*>(text.data() + first);
+    if (!std::less<>()(place, input->base) && std::less<>()(place, input->end)) {
+        return OffsetOf(place);
+    }
+    constexpr std::ptrdiff_t sectionEnd = 3;
+    place = input->cur - (isSection ? std::min(sectionEnd, input->cur - input->base) : 0);
+    std::size_t end = text.size();
+    for (; end > first && place > input->base; --end) {
+        if (*--place != static_cast<xmlChar>(text[end - 1])) {
+            return Offset();
+        }
+        place -= text[end - 1] == '\n' && place > input->base && place[-1] == '\r' ? 1 : 0;
+    }
+    // What the parser has let go of already.
+    return OffsetOf(place) - std::min(OffsetOf(place), end - first);
+}
+
+void CXmlStream::ReportText(const xmlChar* text, int length, bool isSection) {
+    const std::string_view view = ViewOf(text, length);
     if (m_options.sink != nullptr) {
-        m_options.sink->Characters(ViewOf(text, length));
+        m_options.sink->Characters(view);
     }
     SOpenElement& element = m_open.back();
     if (!element.isValidated) {
         return;
     }
-    const std::size_t first = ViewOf(text, length).find_first_not_of(" \t\r\n");
-    if (first != std::string_view::npos) {
-        // Text without references is handed on where it lies in the input.
-        const xmlParserInputPtr input = Input();
-        const xmlChar* place = text + first;
-        const bool inInput = !std::less<>()(place, input->base) && std::less<>()(place, input->end);
-        element.textOffset = inInput ? OffsetOf(place) : Offset();
+    // The parser hands on a text in pieces; only the first of them that is not blank matters.
+    const std::size_t first =
+        m_textEvent == m_event ? view.npos : view.find_first_not_of(" \t\r\n");
+    if (first != view.npos) {
+        element.textOffset = TextOffset(view, first, isSection);
+        m_textEvent = m_event;
     }
 }
 
@@ -172,7 +196,7 @@ void CXmlStream::OnCharacters(void* context, const xmlChar* text, int length) {
         if (!stream->TakesText(context, length)) {
             return;
         }
-        stream->ReportText(text, length);
+        stream->ReportText(text, length, false);
         if (stream->m_open.back().isValidated) {
             stream->m_validator->characters(stream->m_validatorData, text, length);
         }
@@ -185,11 +209,19 @@ void CXmlStream::OnCdata(void* context, const xmlChar* text, int length) {
         if (!stream->TakesText(context, length)) {
             return;
         }
-        stream->ReportText(text, length);
+        stream->ReportText(text, length, true);
         if (stream->m_open.back().isValidated) {
             stream->m_validator->cdataBlock(stream->m_validatorData, text, length);
         }
     });
+}
+
+void CXmlStream::OnComment(void* context, const xmlChar* /*text*/) {
+    ++SessionOf<CXmlStream>(context)->m_event;
+}
+
+void CXmlStream::OnInstruction(void* context, const xmlChar* /*target*/, const xmlChar* /*data*/) {
+    ++SessionOf<CXmlStream>(context)->m_event;
 }
 
 } // namespace Nax::FrontEnd::XMLDB

@@ -38,7 +38,7 @@ private:
         const xmlChar* name;            ///< qualified, in the parser's dictionary
         const SElementOutline* outline; ///< null when its children are the validator's business
         std::size_t offset;
-        std::size_t textOffset;     ///< of its latest text that is not blank
+        std::size_t textOffset;     ///< where its latest text that is not blank begins
         std::uint64_t seenChildren; ///< by position in the outline
         bool isValidated;
         bool hasContentFault; ///< it contains elements where none may be
@@ -59,11 +59,14 @@ private:
                              const xmlChar* uri);
     static void OnCharacters(void* context, const xmlChar* text, int length);
     static void OnCdata(void* context, const xmlChar* text, int length);
+    static void OnComment(void* context, const xmlChar* text);
+    static void OnInstruction(void* context, const xmlChar* target, const xmlChar* data);
 
     void OnSchemaError(const xmlError& error) override;
     void ReportStart(const xmlChar* name, const SAttributeEvent& event, long line);
     bool TakesText(void* context, int length);
-    void ReportText(const xmlChar* text, int length);
+    void ReportText(const xmlChar* text, int length, bool isSection);
+    std::size_t TextOffset(std::string_view text, std::size_t first, bool isSection) const;
     void StartValidation(const xmlChar* rootUri);
     /// False when the element is not for the validator.
     bool AdmitElement(SOpenElement& element, std::string_view localName, std::string_view uri);
@@ -82,7 +85,9 @@ private:
     SXmlFaultList m_faults;
     std::vector<SOpenElement> m_open;
     std::vector<SXmlAttribute> m_attributes;
-    std::size_t m_event = 0;
+    std::size_t m_event = 0;     ///< counts what may stand between two texts
+    std::size_t m_textEvent = 0; ///< before the latest text that is not blank
+    std::size_t m_textFaultEvent = 0;
     SAttributeEvent m_startEvent; ///< attributes of the start tag being handled
     bool m_inEntity = false;
     SValueFault m_valueFault;

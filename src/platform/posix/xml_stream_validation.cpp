@@ -5,6 +5,7 @@
 #include "xml_stream.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace Nax::FrontEnd::XMLDB {
 
@@ -168,6 +169,11 @@ void CXmlStream::OnSchemaError(const xmlError& error) {
     }
     // What is left of the content of such an element is no fault of its own.
     if (IsValueTypeFault(error.code) && attribute.empty() && m_open.back().hasContentFault) {
+        return;
+    }
+    // The validator tells each piece of a text.
+    if (message.text.starts_with("Character content") &&
+        std::exchange(m_textFaultEvent, m_event) == m_event) {
         return;
     }
     // The validator tells a value's fault as one of its facet (or list item) and once more as one
