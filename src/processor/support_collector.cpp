@@ -8,7 +8,6 @@
 #include "support/trace.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <ctime>
 
@@ -22,24 +21,6 @@ constexpr char kKey[] = "nax";
 constexpr char kCancelled[] = "The collection was cancelled";
 constexpr std::time_t kOldestArchive = std::time_t{30} * 24 * 60 * 60;
 constexpr DWORD kWaitStep = 100;
-
-/// True for what is no property of the file or program in question.
-bool IsOfSystem(DWORD code) {
-    switch (static_cast<int>(code)) {
-        case EAGAIN: // no more processes
-        case EDQUOT:
-        case EFBIG:
-        case EIO:
-        case EMFILE:
-        case ENFILE:
-        case ENOMEM:
-        case ENOSPC:
-        case EROFS:
-            return true;
-        default:
-            return false;
-    }
-}
 
 /// The command interpreter takes a path with blanks in quotes only.
 std::string Quoted(const std::string& path) {
@@ -90,6 +71,7 @@ SSupportReport CSupportCollector::List() {
         SFileCheck check;
         if (!planned.problem.empty()) {
             check.problem = planned.problem;
+            m_report.incomplete = m_report.incomplete || planned.ofSystem;
         } else if (planned.text.has_value()) {
             check.size = planned.text->size();
         } else {
@@ -154,6 +136,7 @@ void CSupportCollector::CopyFile(const SPlannedFile& planned) {
     SFileCheck check;
     if (!planned.problem.empty()) {
         check.problem = planned.problem;
+        m_report.incomplete = m_report.incomplete || planned.ofSystem;
         AddToReport(planned, check);
         return;
     }

@@ -17,7 +17,7 @@ KINDS = {
     "sync": ["EIO"],
     "rename": ["EACCES", "EIO"],
     "remove": ["EACCES"],
-    "folder": ["EACCES", "ENOSPC"],
+    "folder": ["EIO", "EACCES", "ENOSPC"],
     "db-open": ["EACCES", "EMFILE"],
     "db-read": ["EIO", "0"],
     "db-write": ["ENOSPC", "EIO"],
@@ -28,6 +28,8 @@ KINDS = {
 SCENARIOS = ["load", "again", "formats", "collect", "validate-collect"]
 # What cannot be removed, or looked for to be removed, stays.
 LEAVES_FILES = ("remove", "folder", "db-delete")
+# What was to be kept is lost: nobody gets over that.
+MUST_FAIL = ("write", "close", "sync", "rename", "db-write", "db-sync")
 
 
 def run_one(bench, options, scenario, kind, which, error):
@@ -48,9 +50,10 @@ def run_one(bench, options, scenario, kind, which, error):
             scenario, place, result,
             [os.strerror(number)] + (driver.DATABASE_CAUSES if on_database else []),
             may_leave="" if kind in LEAVES_FILES else "-journal$" if on_database else "^$",
-            # A landscape that cannot be read is a finding, and settings that cannot are told.
-            finding=os.strerror(number) if kind in ("read", "folder") else None,
-            may_keep=failed and kind in LEAVES_FILES)
+            # A landscape that cannot be read is a finding; settings that may not be read are told.
+            finding=os.strerror(number) if kind == "read" or (kind, error) == ("folder", "EACCES")
+            else None,
+            may_keep=failed and kind in LEAVES_FILES, must_fail=failed and kind in MUST_FAIL)
     if problems or options.sweep or len(bench.codes) % 4 == 0:
         problems += bench.run_again(scenario, place)
     bench.tell(where, problems, result if failed else None)

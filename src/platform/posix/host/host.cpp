@@ -29,7 +29,7 @@ void OnFault(int signal, siginfo_t* information, void* /*context*/) {
     // Far more than the members of anything that a library allocates.
     constexpr std::uintptr_t kNearNull = 4096;
     const bool isSent = information->si_code <= 0;
-    // The allocation that failed was the last call of the system.
+    // The reason of the failed allocation is still there.
     if (!isSent && errno == ENOMEM &&
         reinterpret_cast<std::uintptr_t>(information->si_addr) < kNearNull) {
         WriteErrorAndEnd(g_missingMemory, g_missingMemoryCode);
