@@ -6,6 +6,8 @@
 #include "database/sqlite_database.h"
 #include "database/storage_failures.h"
 
+#include <naxfewxmldb/memory.h>
+
 #include <optional>
 
 #include <sqlite3.h>
@@ -33,6 +35,7 @@ struct CStatementGuard::SState {
     bool lifted = false;
     bool begun = false;
     bool timedOut = false;
+    const std::uint64_t failedBefore = GetFailedAllocations();
     std::string failure;
     CGuardPolicy policy;
     std::optional<CGuardLimits> limits;
@@ -241,6 +244,9 @@ std::string CStatementGuard::Describe(int code) const {
     }
     if (state.timedOut) {
         return "stopped: the time limit is over";
+    }
+    if (GetFailedAllocations() != state.failedBefore) {
+        return "out of memory";
     }
     if ((code & 0xff) == SQLITE_NOMEM) {
         return "stopped: it needs more than 256 MB of memory";
