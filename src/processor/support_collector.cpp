@@ -2,6 +2,7 @@
 #include "processor/support_collector.h"
 
 #include "platform/archive.h"
+#include "platform/environment.h"
 #include "platform/files.h"
 #include "platform/shell.h"
 #include "support/file_utils.h"
@@ -199,7 +200,9 @@ void CSupportCollector::RunQuery(const std::string& query, const std::string& ou
     const std::unique_ptr<IShellProcess> process = StartShellCommand("cmd", query + Quoted(output));
     if (process == nullptr) {
         const DWORD code = ::GetLastError();
-        m_report.incomplete = m_report.incomplete || IsOfSystem(code);
+        // Without a program of somebody else's only our own file can have failed.
+        m_report.incomplete = m_report.incomplete || IsOfSystem(code) ||
+                              GetEnvironmentText("NAXFEWXMLDB_REG").value_or("").empty();
         WarnOfQuery(query, SystemMessage(code));
         return;
     }
