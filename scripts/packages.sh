@@ -3,7 +3,7 @@
 
 build_packages=(g++ cmake ninja-build pkg-config libxml2-dev libxslt1-dev libsqlite3-dev libzip-dev
                 libcli11-dev libfmt-dev xsltproc
-                libcurl4-openssl-dev libtomlplusplus-dev nlohmann-json3-dev)
+                libcurl4-openssl-dev libssl-dev libtomlplusplus-dev nlohmann-json3-dev)
 test_packages=(libgtest-dev sqlite3 p7zip-full openssl python3 python3-jsonschema
                python3-junitparser)
 check_packages=(clang-format clang-tidy)

@@ -8,8 +8,8 @@
 namespace Nax::FrontEnd::XMLDB {
 
 /// How many allocations have failed in this process, as far as the library came to know: those of
-/// the XML libraries while they worked for it, those that the database told, those that made an
-/// operation return false, and what NoteFailedAllocation was told.
+/// the XML libraries, of libcrypto and of SQLite, those that made an operation return false, and
+/// what NoteFailedAllocation was told.
 ///
 /// An operation that ran out of memory fails. A host that passes over the result of one, or lets a
 /// statement of its own fail, learns here that what it holds may be incomplete: the count before a

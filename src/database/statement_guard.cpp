@@ -6,6 +6,8 @@
 #include "database/sqlite_database.h"
 #include "database/storage_failures.h"
 
+#include <naxfewxmldb/memory.h>
+
 #include <optional>
 #include <string_view>
 
@@ -36,6 +38,7 @@ struct CStatementGuard::SState {
     bool begun = false;
     bool timedOut = false;
     std::int64_t previousStore = kStoreInMemory;
+    const std::uint64_t failedBefore = GetFailedAllocations();
     std::string failure;
     CGuardPolicy policy;
     std::optional<CGuardLimits> limits;
@@ -288,6 +291,9 @@ std::string CStatementGuard::Describe(int code) const {
     }
     if (state.timedOut) {
         return "stopped: the time limit is over";
+    }
+    if (GetFailedAllocations() != state.failedBefore) {
+        return "out of memory";
     }
     if ((code & 0xff) == SQLITE_NOMEM) {
         return "stopped: it needs more than 128 MB of memory, or a statement more than 20,000 "

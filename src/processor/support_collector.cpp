@@ -2,13 +2,13 @@
 #include "processor/support_collector.h"
 
 #include "platform/archive.h"
+#include "platform/environment.h"
 #include "platform/files.h"
 #include "platform/shell.h"
 #include "support/file_utils.h"
 #include "support/trace.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <ctime>
 
@@ -22,24 +22,6 @@ constexpr char kKey[] = "nax";
 constexpr char kCancelled[] = "The collection was cancelled";
 constexpr std::time_t kOldestArchive = std::time_t{30} * 24 * 60 * 60;
 constexpr DWORD kWaitStep = 100;
-
-/// True for what is no property of the file or program in question.
-bool IsOfSystem(DWORD code) {
-    switch (static_cast<int>(code)) {
-        case EAGAIN: // no more processes
-        case EDQUOT:
-        case EFBIG:
-        case EIO:
-        case EMFILE:
-        case ENFILE:
-        case ENOMEM:
-        case ENOSPC:
-        case EROFS:
-            return true;
-        default:
-            return false;
-    }
-}
 
 /// The command interpreter takes a path with blanks in quotes only.
 std::string Quoted(const std::string& path) {
@@ -90,6 +72,7 @@ SSupportReport CSupportCollector::List() {
         SFileCheck check;
         if (!planned.problem.empty()) {
             check.problem = planned.problem;
+            m_report.incomplete = m_report.incomplete || planned.ofSystem;
         } else if (planned.text.has_value()) {
             check.size = planned.text->size();
         } else {
@@ -154,6 +137,7 @@ void CSupportCollector::CopyFile(const SPlannedFile& planned) {
     SFileCheck check;
     if (!planned.problem.empty()) {
         check.problem = planned.problem;
+        m_report.incomplete = m_report.incomplete || planned.ofSystem;
         AddToReport(planned, check);
         return;
     }
@@ -216,7 +200,9 @@ void CSupportCollector::RunQuery(const std::string& query, const std::string& ou
     const std::unique_ptr<IShellProcess> process = StartShellCommand("cmd", query + Quoted(output));
     if (process == nullptr) {
         const DWORD code = ::GetLastError();
-        m_report.incomplete = m_report.incomplete || IsOfSystem(code);
+        // Without a program of somebody else's only our own file can have failed.
+        m_report.incomplete = m_report.incomplete || IsOfSystem(code) ||
+                              GetEnvironmentText("NAXFEWXMLDB_REG").value_or("").empty();
         WarnOfQuery(query, SystemMessage(code));
         return;
     }

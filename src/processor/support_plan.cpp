@@ -4,6 +4,8 @@
 #include "platform/files.h"
 #include "processor/support_file_name.h"
 
+#include <cerrno>
+
 namespace Nax::FrontEnd::XMLDB {
 
 namespace {
@@ -43,6 +45,7 @@ void PlanFolder(const SFixedSource& source, std::vector<SPlannedFile>& plan) {
     if (const DWORD code = ::GetLastError(); code != 0 && WhatStandsAt(folder) != NameKind::Free) {
         planned.source = folder;
         planned.problem = SystemMessage(code);
+        planned.ofSystem = IsOfSystem(code);
         plan.push_back(planned);
         return;
     }
@@ -62,6 +65,23 @@ void PlanFolder(const SFixedSource& source, std::vector<SPlannedFile>& plan) {
 }
 
 } // namespace
+
+bool IsOfSystem(DWORD code) {
+    switch (static_cast<int>(code)) {
+        case EAGAIN: // no more processes
+        case EDQUOT:
+        case EFBIG:
+        case EIO:
+        case EMFILE:
+        case ENFILE:
+        case ENOMEM:
+        case ENOSPC:
+        case EROFS:
+            return true;
+        default:
+            return false;
+    }
+}
 
 std::vector<SPlannedFile> PlanSupportFiles(const SSupportRequest& request) {
     std::vector<SPlannedFile> plan;

@@ -45,8 +45,12 @@ struct SPlannedFile {
     std::string source;              ///< path that is copied, or what the text belongs to
     std::optional<std::string> text; ///< the content, when nothing is copied
     std::string problem;             ///< why a whole folder cannot be read
+    bool ofSystem = false;           ///< whether that is the system's fault, not the folder's
     LinkRule links = LinkRule::Refuse;
 };
+
+/// True for what is no property of the file or program in question.
+bool IsOfSystem(DWORD code);
 
 /// The files of all folders but the registry's, as they stand now.
 std::vector<SPlannedFile> PlanSupportFiles(const SSupportRequest& request);

@@ -35,6 +35,10 @@ bool MustFail(Kind kind) noexcept;
 /// errno for a failing operation: NAX_FAULT_ERRNO (a number), ENOSPC without it.
 int ErrorNumber() noexcept;
 
+/// Puts the layer that fails "db-" operations before SQLite's own. After the program has been
+/// loaded: from the first call on SQLite does not let its allocator be changed.
+void InsertDatabaseLayer() noexcept;
+
 /// What the shim does for itself is neither counted nor failed.
 class CUncounted {
 public:

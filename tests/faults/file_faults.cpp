@@ -27,7 +27,7 @@ constexpr std::array<std::string_view, 9> kSystemFolders = {
 constexpr int kStreamHasFailed = 0x20; // as the C library marks it
 constexpr std::string_view kTraceFile = "NAXPCTRC";
 
-enum Use : char { None, Reading, Writing };
+enum Use : char { None, Reading, Writing, Written };
 std::array<std::atomic<char>, 4096> g_uses{};
 
 /// The function that this one stands before.
@@ -70,7 +70,11 @@ void Note(int file, Use use) noexcept {
 }
 
 bool WriteFails(int file) noexcept {
-    return (Is(file, Writing) || file == STDOUT_FILENO) && Fails(Kind::Write);
+    const bool isOurs = Is(file, Writing) || Is(file, Written);
+    if (isOurs) {
+        Note(file, Written);
+    }
+    return (isOurs || file == STDOUT_FILENO) && Fails(Kind::Write);
 }
 
 Use UseOf(int flags) noexcept {
@@ -87,7 +91,7 @@ Kind KindOf(Use use) noexcept {
 
 int OpenAs(const char* name, int folder, const char* path, int flags, mode_t mode) noexcept {
     const bool isFolder = (flags & O_DIRECTORY) != 0;
-    const Use use = isFolder ? None : UseOf(flags);
+    const Use use = UseOf(flags); // a folder is read, too
     if (PathFails(path, isFolder ? Kind::Folder : KindOf(use))) {
         return -1;
     }
@@ -168,7 +172,18 @@ int mkdir(const char* path, mode_t mode) {
 }
 
 DIR* opendir(const char* path) {
-    return PathFails(path, Kind::Folder) ? nullptr : Next<DIR*(const char*)>("opendir")(path);
+    DIR* const folder =
+        PathFails(path, Kind::Folder) ? nullptr : Next<DIR*(const char*)>("opendir")(path);
+    if (folder != nullptr) {
+        Note(dirfd(folder), IsOfUser(path) ? Reading : None);
+    }
+    return folder;
+}
+
+dirent* readdir(DIR* folder) {
+    return Is(dirfd(folder), Reading) && Fails(Kind::Folder)
+               ? nullptr
+               : Next<dirent*(DIR*)>("readdir")(folder);
 }
 
 ssize_t read(int file, void* bytes, size_t count) {
@@ -209,16 +224,31 @@ int fsync(int file) {
     return Fails(Kind::Sync) ? -1 : Next<int(int)>("fsync")(file);
 }
 
-// The descriptor is gone also when closing it tells of a failure.
+// What was put off is told to whom closes first, which is the copy.
+int fcntl(int file, int command, ...) {
+    va_list arguments;
+    va_start(arguments, command);
+    void* const argument = va_arg(arguments, void*);
+    va_end(arguments);
+    const int result = Next<int(int, int, ...)>("fcntl")(file, command, argument);
+    if (command == F_DUPFD_CLOEXEC && Is(file, Written)) {
+        Note(result, Written);
+        Note(file, Writing);
+    }
+    return result;
+}
+
+// The descriptor is gone also when closing it tells of a failure, which only what was written can
+// have.
 int close(int file) {
-    const bool written = Is(file, Writing);
+    const bool written = Is(file, Written);
     Note(file, None);
     const int result = Next<int(int)>("close")(file);
     return written && Fails(Kind::Close) ? -1 : result;
 }
 
 int fclose(FILE* stream) {
-    const bool written = Is(fileno(stream), Writing);
+    const bool written = Is(fileno(stream), Written);
     Note(fileno(stream), None);
     const int result = Next<int(FILE*)>("fclose")(stream);
     return written && Fails(Kind::Close) ? EOF : result;

@@ -110,6 +110,7 @@ int RunMain(int count, char** arguments, char** environment) {
         SWalk first;
         _Unwind_Backtrace(&AddFrame, &first);
     }
+    FaultPlan::InsertDatabaseLayer();
     g_counts = true;
     const int result = g_main(count, arguments, environment);
     g_counts = false;

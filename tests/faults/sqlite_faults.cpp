@@ -185,7 +185,9 @@ int Access(sqlite3_vfs* /*layer*/, const char* name, int flags, int* result) {
     return g_inner->xAccess(g_inner, name, flags, result);
 }
 
-__attribute__((constructor)) void Register() {
+} // namespace
+
+void FaultPlan::InsertDatabaseLayer() noexcept {
     static sqlite3_vfs layer;
     const CUncounted uncounted;
     g_inner = sqlite3_vfs_find(nullptr);
@@ -198,5 +200,3 @@ __attribute__((constructor)) void Register() {
     layer.xAccess = Access;
     sqlite3_vfs_register(&layer, 1);
 }
-
-} // namespace

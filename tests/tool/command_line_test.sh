@@ -203,5 +203,23 @@ wait $!
 [ $? -eq 2 ] && grep -q 'cancelled' err.txt && cmp c/LandscapeValidation.zip earlier.zip &&
   ls -A c | cmp - before.txt || failed=$((failed + 1))
 
+# Another program's transaction is waited for.
+sqlite3 c/UILandscape.db 'BEGIN EXCLUSIVE' ".shell touch '$work/held'; sleep 2" &
+for _ in $(seq 100); do [ -e held ] || sleep 0.1; done
+"$tool" collect -o c >out.txt 2>err.txt && ! [ -s err.txt ] || failed=$((failed + 1))
+wait
+
+# Once the archive is there, one signal is enough, whatever else is waited for.
+rm c/LandscapeValidation.zip
+"$tool" -o c --collect --output-file json=pipe "$clean" >out.txt 2>err.txt &
+run=$!
+for _ in $(seq 100); do [ -e c/LandscapeValidation.zip ] || sleep 0.1; done
+sleep 1
+kill -TERM $run
+for _ in $(seq 100); do [ -e /proc/$run/exe ] && sleep 0.1; done
+kill -KILL $run 2>/dev/null
+wait $run
+[ $? -eq 143 ] || failed=$((failed + 1))
+
 echo "$passed passed, $failed failed"
 [ "$failed" -eq 0 ]

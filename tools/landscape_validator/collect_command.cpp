@@ -81,6 +81,7 @@ public:
         }
         const SSupportReport report =
             m_options.list ? ListSupportFiles(request) : CollectSupportFiles(request);
+        LetStopSignalsEnd();
         Tell(report);
         return m_complete ? ExitCode::Clean : ExitCode::Failure;
     }
@@ -246,6 +247,7 @@ void CollectAfterRun(const std::string& outputFolder, const CWorkFolder& work,
     request.files = sources.GetFiles();
     WatchStopSignals();
     const SSupportReport report = CollectSupportFiles(request);
+    LetStopSignalsEnd();
     for (const std::string& warning : report.warnings) {
         err << kName << Printable(warning) << '\n';
     }

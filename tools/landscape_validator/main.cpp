@@ -52,6 +52,8 @@ int main(int argc, char** argv) {
     using namespace LandscapeValidator;
     std::set_new_handler(&NoteAndThrow);
     std::set_terminate(&EndAtOnce);
+    Nax::FrontEnd::XMLDB::EndOnMissingMemory(
+        kOutOfMemory, static_cast<int>(LandscapeValidator::ExitCode::Failure));
     Nax::FrontEnd::XMLDB::FillClosedStandardStreams();
     Nax::FrontEnd::XMLDB::LetLimitsFailWrites();
     ExitCode exitCode = ExitCode::Failure;

@@ -26,6 +26,14 @@ constexpr std::string_view kMagic = "SQLite format 3";
 constexpr std::size_t kVersionAt = 60;
 constexpr std::string_view kUnfinished("\0\0\x4c\x56", 4);
 
+// Another program's transaction is waited for, so many milliseconds.
+constexpr char kWaitForOthers[] = "PRAGMA busy_timeout = 10000";
+
+bool Open(CDBProcessor& processor) {
+    return processor.Process(openDB, std::wstringstream()) &&
+           processor.DB_ExecuteQuery(kWaitForOthers);
+}
+
 /// Empty or marked. Read as bytes: the database is opened in no other way by a run that follows.
 bool IsUnfinished(const std::string& database) {
     std::error_code error;
@@ -59,8 +67,7 @@ std::string SettleDatabase() {
     CDBProcessor processor(true, Normal, _bstr_t(), _bstr_t());
     std::shared_ptr<IRecordset> rows;
     // Reading rolls the journal back.
-    if (!processor.Process(openDB, std::wstringstream()) ||
-        !processor.DB_ExecuteQuery("SELECT name FROM sqlite_master", rows)) {
+    if (!Open(processor) || !processor.DB_ExecuteQuery("SELECT name FROM sqlite_master", rows)) {
         return processor.GetLastDBError();
     }
     rows->MoveNext();
@@ -98,7 +105,7 @@ bool CSupportSources::AddFilesOfLastRun(const std::string& database, std::string
     }
     CDBProcessor processor(true, Normal, _bstr_t(), _bstr_t());
     std::shared_ptr<IRecordset> rows;
-    if (!processor.Process(openDB, std::wstringstream()) ||
+    if (!Open(processor) ||
         !processor.DB_ExecuteQuery("SELECT uri FROM Files WHERE CAST(indx AS INTEGER) >= 0 "
                                    "ORDER BY CAST(indx AS INTEGER)",
                                    rows)) {

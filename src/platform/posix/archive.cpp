@@ -16,6 +16,7 @@
 
 #include <naxfewxmldb/memory.h>
 
+#include "crypto_memory.h"
 #include "descriptor.h"
 #include "platform/files.h"
 #include "platform/folders.h"
@@ -94,6 +95,7 @@ std::string Write(const std::string& path, const std::vector<SArchiveEntry>& ent
                   const std::string& key, const std::function<bool()>& isCancelled) {
     int code = 0;
     errno = 0;
+    const std::uint64_t failed = GetFailedAllocations();
     Archive archive(::zip_open(path.c_str(), ZIP_CREATE | ZIP_TRUNCATE, &code));
     if (archive == nullptr) {
         if (code == ZIP_ER_MEMORY || errno == ENOMEM) {
@@ -119,7 +121,9 @@ std::string Write(const std::string& path, const std::vector<SArchiveEntry>& ent
         return Reason(archive.get(), nullptr);
     }
     static_cast<void>(archive.release());
-    return {};
+    // What lacked memory and was served from the reserve is thrown away like everything of its
+    // kind.
+    return GetFailedAllocations() == failed ? std::string() : "out of memory";
 }
 
 /// Removes what the writer leaves: the part, and temporary files with six more characters.
@@ -140,6 +144,7 @@ void RemoveParts(const std::string& path) {
 
 std::string WriteArchive(const std::string& path, const std::vector<SArchiveEntry>& entries,
                          const std::string& key, const std::function<bool()>& isCancelled) {
+    InstallCryptoMemory();
     RemoveParts(path);
     const std::string part = path + ".part";
     std::string reason;

@@ -61,7 +61,12 @@ std::vector<SFoundFile> FindFiles(const std::string& folder, const std::string& 
     if (entries == nullptr) {
         return found;
     }
-    while (const dirent* entry = ::readdir(entries.get())) {
+    for (;;) {
+        errno = 0; // the end and a failure look the same otherwise
+        const dirent* entry = ::readdir(entries.get());
+        if (entry == nullptr) {
+            break;
+        }
         const std::string_view name = entry->d_name;
         if (name == "." || name == ".." ||
             ::fnmatch(pattern.c_str(), entry->d_name, FNM_CASEFOLD) != 0) {
@@ -74,6 +79,10 @@ std::vector<SFoundFile> FindFiles(const std::string& folder, const std::string& 
             ::lstat(JoinPath(folder, file.name).c_str(), &status) == 0 && S_ISREG(status.st_mode);
         file.writeTime = status.st_mtim.tv_sec;
         found.push_back(std::move(file));
+    }
+    if (errno != 0) {
+        SetLastError(static_cast<DWORD>(errno));
+        return {};
     }
     std::sort(found.begin(), found.end(),
               [](const SFoundFile& a, const SFoundFile& b) { return a.name < b.name; });

@@ -111,11 +111,11 @@ std::unique_ptr<IShellProcess> StartProgram(std::string program, SRegistryQuery 
     return std::make_unique<CChildProcess>(child);
 }
 
-std::unique_ptr<IShellProcess> Answer(const SRegistryQuery& query, int output) {
+std::unique_ptr<IShellProcess> Answer(const SRegistryQuery& query, CDescriptor& output) {
     SRegistryValue value;
     if (GetRegistryValue(query.key, query.name, &value)) {
         const std::string text = FormatRegistryAnswer(value);
-        if (!WriteAll(output, text.data(), text.size())) {
+        if (!WriteAll(output.Get(), text.data(), text.size()) || !output.Close()) {
             SetLastError(static_cast<DWORD>(errno));
             return nullptr;
         }
@@ -132,14 +132,14 @@ std::unique_ptr<IShellProcess> StartShellCommand(const std::string& program,
         SetLastError(ENOTSUP);
         return nullptr;
     }
-    const CDescriptor output(
+    CDescriptor output(
         ::open(query.output.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOFOLLOW, 0600));
     if (!output.IsOpen()) {
         SetLastError(static_cast<DWORD>(errno));
         return nullptr;
     }
     const std::string other = GetEnvironmentText("NAXFEWXMLDB_REG").value_or("");
-    return other.empty() ? Answer(query, output.Get())
+    return other.empty() ? Answer(query, output)
                          : StartProgram(other, std::move(query), output.Get());
 }
 

@@ -8,6 +8,7 @@
 #include <unistd.h>
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <system_error>
 
 namespace Nax::FrontEnd::XMLDB {
@@ -18,6 +19,26 @@ volatile std::sig_atomic_t stopRequested = 0;
 
 void RequestStop(int /*signal*/) {
     stopRequested = 1;
+}
+
+std::string_view g_missingMemory;
+int g_missingMemoryCode = 0;
+struct sigaction g_earlierFault = {};
+
+void OnFault(int signal, siginfo_t* information, void* /*context*/) {
+    // Far more than the members of anything that a library allocates.
+    constexpr std::uintptr_t kNearNull = 4096;
+    const bool isSent = information->si_code <= 0;
+    // The reason of the failed allocation is still there.
+    if (!isSent && errno == ENOMEM &&
+        reinterpret_cast<std::uintptr_t>(information->si_addr) < kNearNull) {
+        WriteErrorAndEnd(g_missingMemory, g_missingMemoryCode);
+    }
+    // The same instruction is tried again.
+    sigaction(signal, &g_earlierFault, nullptr);
+    if (isSent) {
+        raise(signal);
+    }
 }
 
 constexpr char kLockFile[] = ".landscape-validator.lock";
@@ -90,6 +111,15 @@ void WriteErrorAndEnd(std::string_view text, int exitCode) noexcept {
     _exit(exitCode);
 }
 
+void EndOnMissingMemory(std::string_view text, int exitCode) {
+    g_missingMemory = text;
+    g_missingMemoryCode = exitCode;
+    struct sigaction action = {};
+    action.sa_sigaction = &OnFault;
+    action.sa_flags = SA_SIGINFO;
+    sigaction(SIGSEGV, &action, &g_earlierFault);
+}
+
 void LetLimitsFailWrites() {
     std::signal(SIGXFSZ, SIG_IGN);
 }
@@ -103,6 +133,15 @@ void WatchStopSignals() {
         // What the starter has switched off stays off.
         if (sigaction(signal, nullptr, &earlier) == 0 && earlier.sa_handler != SIG_IGN) {
             sigaction(signal, &action, nullptr);
+        }
+    }
+}
+
+void LetStopSignalsEnd() {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction action = {};
+        if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler == &RequestStop) {
+            std::signal(signal, SIG_DFL);
         }
     }
 }

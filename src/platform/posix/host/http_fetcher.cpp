@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/http_fetcher.h"
 
+#include "crypto_memory.h"
 #include "utf8_locale.h"
 
 #include <curl/curl.h>
@@ -89,6 +90,7 @@ std::string ReasonOf(CURLcode code, const char* detail) {
 class CHttpFetcher : public IHttpFetcher {
 public:
     explicit CHttpFetcher(std::string certificates) : m_certificates(std::move(certificates)) {
+        InstallCryptoMemory();
         curl_global_init(CURL_GLOBAL_DEFAULT);
         m_handle.reset(curl_easy_init());
     }

@@ -31,12 +31,20 @@ void WriteError(std::string_view text) noexcept;
 /// The same, and ends the process without any further work.
 [[noreturn]] void WriteErrorAndEnd(std::string_view text, int exitCode) noexcept;
 
+/// From now on a null pointer that somebody uses right after a failed allocation ends the process
+/// with `text` and `exitCode`, not with a signal: not all libraries look at what they were given.
+/// Every other fault of that kind goes on to whom it went before. `text` lives as long as the
+/// process.
+void EndOnMissingMemory(std::string_view text, int exitCode);
+
 /// From now on writing beyond a file-size limit fails as on a full disk.
 void LetLimitsFailWrites();
 
 /// From now on a signal that asks the program to stop (Ctrl-C, termination, hang-up) only sets a
 /// flag, so that work files can be cleared away; the second one ends the program.
 void WatchStopSignals();
+/// From now on the first one ends the program again.
+void LetStopSignalsEnd();
 /// True once such a signal has come.
 bool IsStopRequested();
 
