@@ -168,12 +168,25 @@ void CXmlParseSession::SetFatal(int code, std::string reason) {
                             .reason = std::move(reason),
                             .offset = offset};
         StopParser();
+        if (code == XML_ERR_ENTITY_LOOP) {
+            LeaveNothingToRead();
+        }
     }
 }
 
-/// Leaves the parser nothing to read: parameter entities that refer to themselves keep it busy for
-/// ever after it has told so. Its own state of having stopped would, too.
+/// Nothing more is reported, read or expanded, so the parser comes to its end with what it has
+/// buffered. Its place in there stays: functions that tell a fault go on from a copy of it.
 void CXmlParseSession::StopParser() noexcept {
+    if (m_parser != nullptr) {
+        m_parser->disableSAX = 1;
+        m_parser->wellFormed = 0;
+    }
+}
+
+/// Entities that refer to themselves or grow without end keep the parser busy for ever after it has
+/// told so, as does its own state of having stopped. Where it tells so, and where it asks for one,
+/// it has no copy of its place.
+void CXmlParseSession::LeaveNothingToRead() noexcept {
     for (int at = 0; m_parser != nullptr && at < m_parser->inputNr; ++at) {
         m_parser->inputTab[at]->cur = m_parser->inputTab[at]->end;
     }
@@ -197,6 +210,7 @@ void CXmlParseSession::KeepException() noexcept {
     m_thrown = std::current_exception();
     // Ends the parse: nothing more is read or reported.
     m_fatal.emplace();
+    StopParser();
 }
 
 void CXmlParseSession::OnSchemaError(const xmlError& /*error*/) {}
@@ -249,10 +263,16 @@ xmlEntityPtr CXmlParseSession::OnGetParameterEntity(void* context, const xmlChar
         const std::size_t length = entity == nullptr ? 0 : static_cast<std::size_t>(entity->length);
         allowed = session->CountExpanded(referenceSize + length) ? entity : nullptr;
     });
+    if (session->m_fatal) {
+        session->LeaveNothingToRead();
+    }
     return allowed;
 }
 
 xmlEntityPtr CXmlParseSession::Allowed(xmlEntityPtr entity) {
+    if (m_fatal) {
+        return nullptr;
+    }
     if (entity == nullptr || (entity->etype != XML_EXTERNAL_GENERAL_PARSED_ENTITY &&
                               entity->etype != XML_EXTERNAL_PARAMETER_ENTITY)) {
         return entity;

@@ -77,6 +77,7 @@ private:
     void CheckNames();
     void RefuseRest();
     void StopParser() noexcept;
+    void LeaveNothingToRead() noexcept;
     static void OnInternalSubset(void* context, const xmlChar* name, const xmlChar* publicId,
                                  const xmlChar* systemId);
     static void OnEntityDeclaration(void* context, const xmlChar* name, int type,
