@@ -12,9 +12,8 @@ target_compile_options(naxfewxmldb_options INTERFACE
 target_compile_definitions(naxfewxmldb_options INTERFACE _GLIBCXX_ASSERTIONS)
 
 # What distributions build with, in every optimised build: checked formats and copies, guarded stacks,
-# marked jump targets, programs that are loaded anywhere, tables that are read-only once
-# the program has been loaded. Cheap, and the input comes from elsewhere. Sanitizers do the same work
-# in their own way.
+# marked jump targets, programs that are loaded anywhere, tables that are read-only once the program has
+# been loaded. Cheap, and the input comes from elsewhere. Sanitizers do the same work in their own way.
 if(NOT NAXFEWXMLDB_SANITIZERS AND NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
   include(CheckCXXCompilerFlag)
   include(CheckPIESupported)
