@@ -117,6 +117,9 @@ check 'environment over file' 1 'Checked 3 files'
 check 'flag over all' 0 'Checked 3 files' --fail-on never
 check 'flag taken back' 0 "$(printf '%-40s # %s' 'json = false' 'command line')" --json=false --show-config
 check 'files over configuration' 0 'Checked 1 file ' ../../conf/b.xml
+for option in output rules write-baseline config; do
+  check 'empty value' 2 "--$option: the value is empty" "--$option" '' --show-config
+done
 check 'files behind dashes' 0 "files = ['-x.xml']" --show-config -- -x.xml
 check 'no configuration' 2 'FILE is required' --no-config
 LANDSCAPE_VALIDATOR_CONFIG=../../landscape-validator.toml check 'flag over its opposite' 2 'FILE is req' --no-config
@@ -153,6 +156,8 @@ config = "x"|bad.toml:1: 'config' cannot be set in a configuration file
 show-config = true|bad.toml:1: 'show-config' cannot be set
 version = true|bad.toml:1: 'version' cannot be set
 include-root = "x"|bad.toml:1: --include-root: 'x' is not of the form
+output = ""|bad.toml:1: 'output': the value is empty
+rules = ["", "x"]|bad.toml:1: 'rules': the value is empty
 END
 # The other commands take what they share with validate, and only that.
 printf 'output = "rep"\nrules = ["none.xml"]\nfiles = ["x"]\nfail-on = "fatal"' >bad.toml

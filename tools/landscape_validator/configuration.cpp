@@ -39,6 +39,13 @@ bool Contains(const List& list, std::string_view word) {
     throw CLI::ConfigError(PrintableLines(message));
 }
 
+/// A text that a script left empty is no folder, no file and no name; it must not mean the default.
+void RequireText(const std::string& origin, const std::vector<std::string>& values) {
+    if (Contains(values, "")) {
+        Throw(fmt::format("{}: the value is empty", origin));
+    }
+}
+
 std::string VariableOf(const std::string& key) {
     std::string name = kPrefix + key;
     std::transform(name.begin(), name.end(), name.begin(), [](char character) {
@@ -103,6 +110,9 @@ CConfiguration::CConfiguration(CLI::App& command)
             }
             SEntry entry{option, key, Source::Default, "default"};
             if (option->count() > 0) {
+                if (!option->get_positional()) {
+                    RequireText(option->get_name(), option->results());
+                }
                 entry.source = Source::CommandLine;
                 entry.origin = "command line";
             }
@@ -167,6 +177,7 @@ void CConfiguration::ApplyFile(const SConfigurationFile& file) {
         if (const std::string fault = WhyWrongType(*entry->option, value); !fault.empty()) {
             Throw(fmt::format("{}: '{}' {}", origin, key, fault));
         }
+        RequireText(fmt::format("{}: '{}'", origin, key), value.values);
         std::vector<std::string> values = value.values;
         if (NamesFiles(*entry->option)) {
             for (std::string& text : values) {
