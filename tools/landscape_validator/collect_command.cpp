@@ -22,7 +22,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr char kName[] = "landscape-validator: ";
 constexpr char kIncomplete[] =
     "the archive is not complete: the system could not copy all that is there";
 
@@ -88,7 +87,7 @@ public:
 
 private:
     bool Fail(const std::string& message) {
-        m_err << kName << PrintableLines(message) << '\n';
+        m_err << kMessageStart << PrintableLines(message) << '\n';
         m_complete = false;
         return false;
     }
@@ -172,7 +171,7 @@ private:
                               m_sources.GetMissing(), m_out);
         }
         for (const std::string& warning : report.warnings) {
-            m_err << kName << Printable(warning) << '\n';
+            m_err << kMessageStart << Printable(warning) << '\n';
         }
         for (const SSupportFile& file : report.files) {
             const bool isNamed =
@@ -212,7 +211,8 @@ private:
         }
         if (anyMissing && m_options.files.empty()) {
             std::error_code error;
-            m_err << kName << "the last run named its files relative to the folder that it was "
+            m_err << kMessageStart
+                  << "the last run named its files relative to the folder that it was "
                   << "started in; they are not there below '"
                   << Printable(fs::current_path(error).string())
                   << "'. Collect from the run's folder, or name the files\n";
@@ -249,7 +249,7 @@ void CollectAfterRun(const std::string& outputFolder, const CWorkFolder& work,
     const SSupportReport report = CollectSupportFiles(request);
     LetStopSignalsEnd();
     for (const std::string& warning : report.warnings) {
-        err << kName << Printable(warning) << '\n';
+        err << kMessageStart << Printable(warning) << '\n';
     }
     if (!report.failure.empty()) {
         failures.push_back("no archive was made: " + report.failure);

@@ -11,7 +11,7 @@ namespace LandscapeValidator {
 
 namespace {
 
-constexpr char kFooter[] = R"(
+constexpr char kCollectExamples[] = R"(
 The archive holds the database, the landscape files, the launcher's configuration files and registry
 settings. They name hosts and may name people: look at --list before you send it.
 
@@ -30,7 +30,7 @@ void AddCollectCommand(CLI::App& app, const std::vector<std::string>& filesBehin
                        Command& chosen) {
     CLI::App& command =
         *app.add_subcommand("collect", "Collect what support needs into LandscapeValidation.zip");
-    command.footer(kFooter);
+    command.footer(kCollectExamples);
     // Lives as long as the callback, which outlives this function.
     const auto words = std::make_shared<SCollectOptions>();
     command.add_option("FILE", words->files,

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "command_line.h"
+#include "contains.h"
 #include "printable.h"
 
 #include <CLI/CLI.hpp>
@@ -28,11 +29,6 @@ Examples:
 
 "landscape-validator COMMAND --help" tells more of each command.
 )";
-
-template <class List>
-bool Contains(const List& list, std::string_view word) {
-    return std::find(list.begin(), list.end(), word) != list.end();
-}
 
 /// The words for CLI11, and those behind "--". Validating is the default command.
 struct SWords {

@@ -3,6 +3,7 @@
 
 #include "configuration_file.h"
 #include "configured_value.h"
+#include "contains.h"
 #include "platform/host_files.h"
 #include "printable.h"
 
@@ -22,18 +23,13 @@ namespace LandscapeValidator {
 namespace {
 
 constexpr char kPrefix[] = "LANDSCAPE_VALIDATOR_";
-constexpr char kGroup[] = "Configuration";
+constexpr char kConfigurationGroup[] = "Configuration";
 constexpr char kDefaultCommand[] = "validate";
 constexpr char kListSeparator = ';';
 // They choose the configuration, so that a file cannot hold them.
 constexpr std::array<std::string_view, 3> kOwnKeys = {"config", "no-config", "show-config"};
 // They end the program.
 constexpr std::array<std::string_view, 3> kNoKeys = {"help", "help-all", "version"};
-
-template <class List>
-bool Contains(const List& list, std::string_view word) {
-    return std::find(list.begin(), list.end(), word) != list.end();
-}
 
 [[noreturn]] void Throw(const std::string& message) {
     throw CLI::ConfigError(PrintableLines(message));
@@ -84,10 +80,10 @@ void CConfiguration::AddOptions(CLI::App& command, SConfigurationOptions& option
             .add_option("--config", options.file,
                         "Configuration file, instead of a landscape-validator.toml found in the "
                         "working folder or above it")
-            ->group(kGroup)
+            ->group(kConfigurationGroup)
             ->option_text("FILE");
     command.add_flag("--no-config", options.none, "Use no configuration file")
-        ->group(kGroup)
+        ->group(kConfigurationGroup)
         ->excludes(file);
 }
 
@@ -95,7 +91,7 @@ void CConfiguration::AddShowOption(CLI::App& command, SConfigurationOptions& opt
     command
         .add_flag("--show-config", options.show,
                   "Print the value of every option and where it comes from, and end")
-        ->group(kGroup);
+        ->group(kConfigurationGroup);
 }
 
 CConfiguration::CConfiguration(CLI::App& command)

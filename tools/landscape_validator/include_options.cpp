@@ -16,7 +16,7 @@ namespace LandscapeValidator {
 
 namespace {
 
-constexpr char kGroup[] = "Included files";
+constexpr char kIncludeGroup[] = "Included files";
 constexpr int kMaxTimeout = 24 * 60 * 60;
 constexpr std::size_t kMaxSizeLimit = std::size_t{4} << 30U;
 
@@ -62,35 +62,35 @@ void AddIncludeOptions(CLI::App& command, SIncludeOptions& options) {
     command
         .add_flag("--remote-includes", options.remote,
                   "Fetch included files from http: and https: URLs")
-        ->group(kGroup);
+        ->group(kIncludeGroup);
     command
         .add_option("--remote-timeout", options.timeout,
                     "Longest time for one fetched file, in seconds")
-        ->group(kGroup)
+        ->group(kIncludeGroup)
         ->option_text("N [30]")
         ->check(CLI::Range(1, kMaxTimeout).description(""));
     command
         .add_option("--remote-max-size", options.maxSize,
                     "Largest fetched file, in bytes or with KB, MB, GB")
-        ->group(kGroup)
+        ->group(kIncludeGroup)
         ->option_text("SIZE [64MB]")
         ->transform(CLI::AsSizeValue(false).description(""))
         ->check(CLI::Range(std::size_t{1}, kMaxSizeLimit).description(""));
     command
         .add_option("--remote-cache", options.cacheFolder,
                     "Folder for copies of fetched files, instead of the user's cache folder")
-        ->group(kGroup)
+        ->group(kIncludeGroup)
         ->option_text("DIR");
     command
         .add_option("--remote-ca", options.certificates,
                     "File of further certificate authorities to trust (PEM)")
-        ->group(kGroup)
+        ->group(kIncludeGroup)
         ->option_text("FILE")
         ->check(CLI::ExistingFile.description(""))
         ->check(CLI::Validator([](std::string& path) { return WhyNoCertificates(path); }, ""));
     Repeatable(command.add_option("--include-root", options.rootWords,
                                   "Read includes below the URL PREFIX from FOLDER (repeatable)"))
-        ->group(kGroup)
+        ->group(kIncludeGroup)
         ->option_text("PREFIX=FOLDER")
         ->check(CLI::Validator([](std::string& text) { return WhyNoRoot(text); }, ""));
 }

@@ -29,7 +29,7 @@ bool HasWildcard(const std::string& text) {
     return text.find_first_of("*?[") != std::string::npos;
 }
 
-bool Exists(const fs::path& path) {
+bool HasEntry(const fs::path& path) {
     std::error_code error;
     return fs::exists(fs::symlink_status(path, error));
 }
@@ -43,7 +43,7 @@ bool IsFolder(const fs::path& path) {
 bool MayBeFile(const fs::path& path) {
     std::error_code error;
     const fs::file_status status = fs::status(path, error);
-    return fs::is_regular_file(status) || (!fs::exists(status) && Exists(path));
+    return fs::is_regular_file(status) || (!fs::exists(status) && HasEntry(path));
 }
 
 /// Walks folders for what fits one pattern.
@@ -66,7 +66,7 @@ public:
                     Step(entry, place, false);
                 }
             }
-        } else if (!HasWildcard(segment) || Exists(folder / segment)) {
+        } else if (!HasWildcard(segment) || HasEntry(folder / segment)) {
             Step(folder / segment, place + 1, last);
         } else {
             for (const fs::path& entry : EntriesOf(folder)) {
@@ -201,7 +201,7 @@ SInputs FindInputs(const std::vector<std::string>& words, const SInputOptions& o
             inputs.files.push_back({word, true});
         } else if (IsFolder(word)) {
             AddFolder(word, options.globs, inputs);
-        } else if (HasWildcard(word) && !Exists(word)) {
+        } else if (HasWildcard(word) && !HasEntry(word)) {
             AddPattern(word, inputs);
         } else {
             inputs.files.push_back({word});

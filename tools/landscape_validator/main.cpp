@@ -67,7 +67,7 @@ int main(int argc, char** argv) {
     } catch (const std::bad_alloc&) {
         Nax::FrontEnd::XMLDB::NoteFailedAllocation();
     } catch (const std::exception& exception) {
-        std::cerr << "landscape-validator: " << PrintableLines(exception.what()) << '\n';
+        std::cerr << kMessageStart << PrintableLines(exception.what()) << '\n';
         exitCode = ExitCode::Failure;
     }
     if (Nax::FrontEnd::XMLDB::GetFailedAllocations() != 0) {

@@ -6,6 +6,9 @@
 
 namespace LandscapeValidator {
 
+/// How each message on standard error begins.
+constexpr char kMessageStart[] = "landscape-validator: ";
+
 /// Texts come from files and file names: what would move the cursor, change colours or turn the
 /// order of letters becomes "?", and what is no UTF-8 U+FFFD. What a build server would take for a
 /// command to itself gets a "?" in it.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "rule_files.h"
 
+#include "contains.h"
 #include "printable.h"
 #include "readable_file.h"
 
@@ -39,10 +40,6 @@ const SForm kForms[] = {
      {"params", "lang", "solution"}},
     {RuleFileKind::Actions, "Actions", "JsonRequest", {"id", "name", "body", "output"}, {"msg"}},
 };
-
-bool Contains(const std::vector<std::string>& list, std::string_view word) {
-    return std::find(list.begin(), list.end(), word) != list.end();
-}
 
 bool IsBlank(std::string_view text) {
     return text.find_first_not_of(" \t\r\n") == std::string_view::npos;

@@ -13,7 +13,7 @@ namespace {
 
 constexpr double kShortestLimit = 0.1;
 constexpr double kLongestLimit = 86400;
-constexpr char kGroup[] = "Rules";
+constexpr char kRuleGroup[] = "Rules";
 
 } // namespace
 
@@ -21,23 +21,23 @@ void AddRuleSourceOptions(CLI::App& command, SRuleSources& sources) {
     Repeatable(
         command.add_option("--rules", sources.ruleFiles, "Add the rules of this file (repeatable)"))
         ->option_text("FILE")
-        ->group(kGroup);
+        ->group(kRuleGroup);
     command
         .add_flag_callback(
             "--no-built-in-rules", [&sources] { sources.builtIn = false; },
             "Leave the built-in rules out")
-        ->group(kGroup);
+        ->group(kRuleGroup);
 }
 
 void AddSchemaOptions(CLI::App& command, SSchemaFiles& files) {
     command.add_option("--schema", files.schema, "XML schema to use instead of the built-in one")
         ->option_text("FILE")
-        ->group(kGroup);
+        ->group(kRuleGroup);
     command
         .add_option("--stylesheet", files.stylesheet,
                     "Stylesheet that makes the tables from the schema, instead of the built-in one")
         ->option_text("FILE")
-        ->group(kGroup);
+        ->group(kRuleGroup);
 }
 
 void AddRuleOptions(CLI::App& command, SRuleOptions& options) {
@@ -46,15 +46,15 @@ void AddRuleOptions(CLI::App& command, SRuleOptions& options) {
                                   "Leave this rule out; \"schema\" is the schema check "
                                   "(repeatable)"))
         ->option_text("ID")
-        ->group(kGroup);
+        ->group(kRuleGroup);
     Repeatable(
         command.add_option("--only-rule", choice.only, "Run this rule and no other (repeatable)"))
         ->option_text("ID")
-        ->group(kGroup);
+        ->group(kRuleGroup);
     Repeatable(command.add_option("--severity", choice.severities,
                                   "Severity of a rule: error, warning, info (repeatable)"))
         ->option_text("ID=LEVEL")
-        ->group(kGroup);
+        ->group(kRuleGroup);
     AddRuleSourceOptions(command, options.sources);
     command
         .add_option_function<double>(
@@ -69,12 +69,12 @@ void AddRuleOptions(CLI::App& command, SRuleOptions& options) {
         ->option_text("SECONDS [30]")
         ->default_str("30")
         ->check(CLI::Range(kShortestLimit, kLongestLimit).description(""))
-        ->group(kGroup);
+        ->group(kRuleGroup);
     Repeatable(command.add_option("--actions", options.actionFiles,
                                   "Also write what the actions of this file select, as JSON files "
                                   "(repeatable)"))
         ->option_text("FILE")
-        ->group(kGroup);
+        ->group(kRuleGroup);
     AddSchemaOptions(command, options.schema);
 }
 

@@ -21,7 +21,6 @@ using namespace Nax::FrontEnd::XMLDB;
 
 namespace {
 
-constexpr char kName[] = "landscape-validator: ";
 constexpr char kSchemaName[] = "Validation against XSD";
 constexpr int kSchemaDescription = -1;
 constexpr std::size_t kWidth = 78;
@@ -38,7 +37,7 @@ std::string SeverityWord(const std::string& type) {
 }
 
 ExitCode Fail(const std::string& message, std::ostream& err) {
-    err << kName << PrintableLines(message) << '\n';
+    err << kMessageStart << PrintableLines(message) << '\n';
     return ExitCode::Failure;
 }
 

@@ -11,7 +11,7 @@ namespace LandscapeValidator {
 
 namespace {
 
-constexpr char kFooter[] = R"(
+constexpr char kRulesExamples[] = R"(
 Examples:
   landscape-validator rules list
   landscape-validator rules explain 8
@@ -19,7 +19,7 @@ Examples:
   landscape-validator rules check site-rules.xml
 )";
 
-constexpr char kCheckFooter[] = R"(
+constexpr char kCheckExamples[] = R"(
 Nothing of the files is run. Ids and names must also differ from those of the built-in rules, unless
 --no-built-in-rules says that the files are meant to stand alone.
 
@@ -54,7 +54,7 @@ void SetRun(CLI::App& command, const Words& words, Command& chosen, const Comman
 
 void AddList(CLI::App& rules, const Words& words, Command& chosen) {
     CLI::App& command = *rules.add_subcommand("list", "List the rules: id, severity, name");
-    command.footer(kFooter);
+    command.footer(kRulesExamples);
     AddRuleSourceOptions(command, words->sources);
     SetRun(command, words, chosen, [words](std::ostream& out, std::ostream& err) {
         return ListRules(words->sources, out, err);
@@ -64,7 +64,7 @@ void AddList(CLI::App& rules, const Words& words, Command& chosen) {
 void AddExplain(CLI::App& rules, const Words& words, Command& chosen) {
     CLI::App& command = *rules.add_subcommand(
         "explain", "Explain a rule: what it finds, why it matters, how to mend it");
-    command.footer(kFooter);
+    command.footer(kRulesExamples);
     command.add_option("ID", words->id, "Id of the rule, or \"schema\" for the schema check")
         ->required();
     AddRuleSourceOptions(command, words->sources);
@@ -77,7 +77,7 @@ void AddCheck(CLI::App& rules, const Words& words, const std::vector<std::string
               Command& chosen) {
     CLI::App& command =
         *rules.add_subcommand("check", "Check files of rules or actions without running them");
-    command.footer(kCheckFooter);
+    command.footer(kCheckExamples);
     command.add_option("FILE", words->files, "Files of rules or of actions");
     command.add_flag_callback(
         "--no-built-in-rules", [words] { words->sources.builtIn = false; },
@@ -104,7 +104,7 @@ void AddRulesCommand(CLI::App& app, const std::vector<std::string>& filesBehindD
                      Command& chosen) {
     CLI::App& command = *app.add_subcommand("rules", "List, explain and check rules");
     command.require_subcommand(1);
-    command.footer(kFooter);
+    command.footer(kRulesExamples);
     const auto words = std::make_shared<SRulesWords>();
     AddList(command, words, chosen);
     AddExplain(command, words, chosen);

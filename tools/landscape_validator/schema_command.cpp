@@ -16,9 +16,7 @@ using namespace Nax::FrontEnd::XMLDB;
 
 namespace {
 
-constexpr char kName[] = "landscape-validator: ";
-
-constexpr char kFooter[] = R"(
+constexpr char kSchemaExamples[] = R"(
 Examples:
   landscape-validator schema print > landscape.xsd
   landscape-validator schema ddl | sqlite3 empty.db
@@ -31,7 +29,7 @@ constexpr char kTables[] =
 bool Check(const SSchemaFiles& files, std::ostream& err) {
     const std::string failure = CheckSchemaFiles(files);
     if (!failure.empty()) {
-        err << kName << PrintableLines(failure) << '\n';
+        err << kMessageStart << PrintableLines(failure) << '\n';
     }
     return failure.empty();
 }
@@ -40,7 +38,7 @@ ExitCode Finish(std::ostream& out, std::ostream& err) {
     if (out.flush()) {
         return ExitCode::Clean;
     }
-    err << kName << "standard output cannot be written\n";
+    err << kMessageStart << "standard output cannot be written\n";
     return ExitCode::Failure;
 }
 
@@ -62,7 +60,7 @@ ExitCode PrintTables(const SSchemaFiles& files, std::ostream& out, std::ostream&
     std::shared_ptr<IRecordset> rows;
     if (!processor->InitializeInMemory() || !CRulesProcessor(processor, _bstr_t()).Initialize() ||
         !processor->DB_ExecuteQuery(kTables, rows)) {
-        err << kName << "the tables cannot be made:" << processor->GetLastDBError() << '\n';
+        err << kMessageStart << "the tables cannot be made:" << processor->GetLastDBError() << '\n';
         return ExitCode::Failure;
     }
     while (rows->MoveNext()) {
@@ -75,14 +73,14 @@ void AddSchemaCommand(CLI::App& app, Command& chosen) {
     CLI::App& command =
         *app.add_subcommand("schema", "Show the landscape schema and the tables made from it");
     command.require_subcommand(1);
-    command.footer(kFooter);
+    command.footer(kSchemaExamples);
     const auto files = std::make_shared<SSchemaFiles>();
     const auto configuration = std::make_shared<SConfigurationOptions>();
     const auto add = [&](const char* name, const char* description, auto run) {
         CLI::App& sub = *command.add_subcommand(name, description);
         AddSchemaOptions(sub, *files);
         CConfiguration::AddOptions(sub, *configuration);
-        sub.footer(kFooter);
+        sub.footer(kSchemaExamples);
         sub.callback([files, configuration, &sub, &chosen, run] {
             chosen = Configured(sub, *configuration, [&]() -> Command {
                 return [options = *files, run](std::ostream& out, std::ostream& err) {

@@ -132,7 +132,7 @@ private:
     bool ReadCommandLineFiles() {
         const SInputs inputs = FindInputs(m_options.files, m_options.inputs);
         for (const std::string& note : inputs.notes) {
-            m_err << "landscape-validator: " << PrintableLines(note) << '\n';
+            m_err << kMessageStart << PrintableLines(note) << '\n';
         }
         for (const std::string& failure : inputs.failures) {
             Fail(failure);

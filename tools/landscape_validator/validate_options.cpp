@@ -16,7 +16,7 @@ namespace LandscapeValidator {
 
 namespace {
 
-constexpr char kExamples[] = R"(
+constexpr char kValidateExamples[] = R"(
 Examples:
   landscape-validator landscape.xml
   landscape-validator -o report --fail-on warning central.xml local.xml
@@ -108,7 +108,7 @@ void AddValidateCommand(CLI::App& app, const std::vector<std::string>& filesBehi
                         Command& chosen) {
     CLI::App& command = *app.add_subcommand("validate", "Validate landscape files (the default)");
     command.set_version_flag("-V,--version", "landscape-validator " LANDSCAPE_VALIDATOR_VERSION);
-    command.footer(std::string(kExitCodeHelp) + kExamples);
+    command.footer(std::string(kExitCodeHelp) + kValidateExamples);
     // Lives as long as the callback, which outlives this function.
     const auto words = std::make_shared<SValidateWords>();
     CLI::Option* const files = command.add_option(

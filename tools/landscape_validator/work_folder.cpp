@@ -11,7 +11,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr char kName[] = ".landscape-validator.work";
+constexpr char kFolderName[] = ".landscape-validator.work";
 
 std::string Because(const fs::path& file, const std::string& cause) {
     return "'" + file.filename().string() + "': " + cause;
@@ -36,7 +36,7 @@ std::vector<fs::path> FilesIn(const fs::path& folder, std::error_code& error) {
 } // namespace
 
 CWorkFolder::CWorkFolder(std::string outputFolder)
-    : m_output(std::move(outputFolder)), m_path((fs::path(m_output) / kName).string()) {}
+    : m_output(std::move(outputFolder)), m_path((fs::path(m_output) / kFolderName).string()) {}
 
 CWorkFolder::~CWorkFolder() {
     std::error_code ignored;

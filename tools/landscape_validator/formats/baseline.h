@@ -8,6 +8,9 @@
 
 namespace LandscapeValidator {
 
+/// Of the form that is written, and the only one that is read.
+constexpr int kBaselineVersion = 1;
+
 /// A known finding. Its line is no part of it, so that it stays known when the file grows.
 struct SBaselineEntry {
     int rule = 0;

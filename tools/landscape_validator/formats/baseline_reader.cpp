@@ -24,8 +24,6 @@ namespace {
 
 using nlohmann::json;
 
-constexpr int kVersion = 1;
-
 /// What is wrong with a baseline, with its line as far as it is known.
 class CBaselineFault : public std::runtime_error {
 public:
@@ -216,9 +214,9 @@ SBaseline Interpret(const std::string& text) {
     if (version == root.end() || !version->is_number_integer()) {
         CEntryReader::Fail("\"version\" is missing: it is not a baseline");
     }
-    if (*version != kVersion) {
+    if (*version != kBaselineVersion) {
         CEntryReader::Fail("\"version\" is " + version->dump() +
-                           ", and this program knows version " + std::to_string(kVersion));
+                           ", and this program knows version " + std::to_string(kBaselineVersion));
     }
     reader.CheckMembers({"version", "findings", "suppressions"});
     SBaseline baseline;

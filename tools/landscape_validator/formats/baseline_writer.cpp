@@ -11,8 +11,6 @@ namespace LandscapeValidator {
 
 namespace {
 
-constexpr int kVersion = 1;
-
 auto Order(const SBaselineEntry& entry) {
     return std::tie(entry.file, entry.rule, entry.uuid, entry.text);
 }
@@ -70,7 +68,7 @@ bool WriteBaseline(const std::string& path, const SBaseline& baseline, std::stri
         path,
         [&baseline](std::ostream& out) {
             CJsonWriter json(out);
-            json.BeginObject().Member("version", kVersion).Key("findings").BeginArray();
+            json.BeginObject().Member("version", kBaselineVersion).Key("findings").BeginArray();
             for (const SBaselineEntry& entry : Sorted(baseline.findings)) {
                 WriteEntry(json, entry);
             }

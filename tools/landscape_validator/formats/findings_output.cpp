@@ -113,7 +113,7 @@ CFindingsOutput::CFindingsOutput(const SOptions& options, std::ostream& out, std
     : m_options(options), m_report(options.report), m_out(out), m_err(err) {}
 
 void CFindingsOutput::AddError(const std::string& message, const std::string& file) {
-    m_err << "landscape-validator: " << PrintableLines(message) << '\n';
+    m_err << kMessageStart << PrintableLines(message) << '\n';
     m_errors.push_back({ValidUtf8(message), ValidUtf8(file)});
 }
 

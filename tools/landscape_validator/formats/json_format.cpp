@@ -8,7 +8,6 @@ namespace LandscapeValidator {
 namespace {
 
 constexpr int kFormatVersion = 1;
-constexpr auto kInline = CJsonWriter::Layout::Inline;
 
 const char* StateName(BaselineState state) {
     switch (state) {
@@ -42,7 +41,7 @@ void WriteCounts(CJsonWriter& json, const SReport& report) {
 void WriteFiles(CJsonWriter& json, const SReport& report) {
     json.Key("files").BeginArray();
     for (const SReportFile& file : report.files) {
-        json.BeginObject(kInline).Member("file", file.name);
+        json.BeginObject(CJsonWriter::kInline).Member("file", file.name);
         json.Member("status", FileStatusName(file.status));
         json.Key("includedBy").TextOrNull(file.includedBy);
         json.Key("schemaViolations").Number(file.violations).EndObject();
@@ -53,7 +52,9 @@ void WriteFiles(CJsonWriter& json, const SReport& report) {
 void WriteRules(CJsonWriter& json, const SReport& report) {
     json.Key("rules").BeginArray();
     for (const SReportRule& rule : report.rules) {
-        json.BeginObject(kInline).Member("ruleId", rule.id).Member("ruleName", rule.name);
+        json.BeginObject(CJsonWriter::kInline)
+            .Member("ruleId", rule.id)
+            .Member("ruleName", rule.name);
         json.Member("severity", SeverityName(rule.severity));
         json.Member("ran", rule.HasRun()).EndObject();
     }
@@ -63,7 +64,7 @@ void WriteRules(CJsonWriter& json, const SReport& report) {
 void WriteFinding(CJsonWriter& json, const SReport& report, const SReportFinding& finding) {
     const SReportRule& rule = report.RuleOf(finding);
     const SReportFile* file = report.FileOf(finding);
-    json.BeginObject(kInline).Member("ruleId", rule.id).Member("ruleName", rule.name);
+    json.BeginObject(CJsonWriter::kInline).Member("ruleId", rule.id).Member("ruleName", rule.name);
     json.Member("severity", SeverityName(finding.severity));
     json.Member("shownSeverity", SeverityName(finding.shown));
     json.Key("file").TextOrNull(file == nullptr ? "" : file->name).Key("line");
@@ -87,13 +88,13 @@ void WriteBaselinePart(CJsonWriter& json, const SReport& report) {
     json.BeginObject().Member("file", report.baseline).Member("pruned", report.pruned);
     json.Key("noLongerFound").BeginArray();
     for (const SBaselineEntry& entry : report.gone) {
-        json.BeginObject(kInline).Member("ruleId", entry.rule);
+        json.BeginObject(CJsonWriter::kInline).Member("ruleId", entry.rule);
         json.Key("file").TextOrNull(entry.file).Key("uuid").TextOrNull(entry.uuid);
         json.Member("text", entry.text).Member("count", entry.count).EndObject();
     }
     json.EndArray().Key("unusedSuppressions").BeginArray();
     for (const SSuppression& entry : report.unused) {
-        json.BeginObject(kInline).Member("ruleId", entry.rule);
+        json.BeginObject(CJsonWriter::kInline).Member("ruleId", entry.rule);
         json.Key("file").TextOrNull(entry.file.value_or(""));
         json.Key("uuid").TextOrNull(entry.uuid.value_or(""));
         json.Key("text").TextOrNull(entry.text.value_or(""));
@@ -107,7 +108,7 @@ void WriteBaselinePart(CJsonWriter& json, const SReport& report) {
 void WriteJsonReport(const SReport& report, std::ostream& out) {
     CJsonWriter json(out);
     json.BeginObject().Member("formatVersion", kFormatVersion);
-    json.Key("tool").BeginObject(kInline).Member("name", "landscape-validator");
+    json.Key("tool").BeginObject(CJsonWriter::kInline).Member("name", "landscape-validator");
     json.Member("version", LANDSCAPE_VALIDATOR_VERSION).EndObject();
     json.Member("exitCode", static_cast<int>(report.exitCode));
     json.Member("failOn", SeverityName(report.failOn));
@@ -115,7 +116,7 @@ void WriteJsonReport(const SReport& report, std::ostream& out) {
     WriteCounts(json, report);
     json.Key("errors").BeginArray();
     for (const SReportError& error : report.errors) {
-        json.BeginObject(kInline).Member("message", error.message);
+        json.BeginObject(CJsonWriter::kInline).Member("message", error.message);
         json.Key("file").TextOrNull(error.file).EndObject();
     }
     json.EndArray();

@@ -18,6 +18,7 @@ namespace LandscapeValidator {
 class CJsonWriter {
 public:
     enum class Layout { Lines, Inline };
+    static constexpr Layout kInline = Layout::Inline;
 
     explicit CJsonWriter(std::ostream& out) : m_out(out) {}
     CJsonWriter(const CJsonWriter&) = delete;

@@ -14,7 +14,7 @@ namespace LandscapeValidator {
 
 namespace {
 
-constexpr std::size_t kBufferSize = 1U << 16U;
+constexpr std::size_t kJUnitBufferSize = 1U << 16U;
 
 std::string CaseName(const SReportRule& rule) {
     return rule.id == kSchemaRuleId ? "schema: " + rule.name
@@ -207,7 +207,7 @@ void WriteJunitReport(const SReport& report, std::ostream& out) {
         if (!suite.IsEmpty()) {
             suite.AppendTo(text);
         }
-        if (text.size() > kBufferSize) {
+        if (text.size() > kJUnitBufferSize) {
             out << text;
             text.clear();
         }

@@ -14,7 +14,6 @@ namespace LandscapeValidator {
 
 namespace {
 
-constexpr auto kInline = CJsonWriter::Layout::Inline;
 constexpr char kBase[] = "%SRCROOT%";
 constexpr char kFingerprint[] = "findingContent/v1";
 constexpr char kSchemaUri[] =
@@ -26,7 +25,7 @@ const char* LevelOf(Severity severity) {
 }
 
 CJsonWriter& WriteMessage(CJsonWriter& json, std::string_view key, std::string_view text) {
-    return json.Key(key).BeginObject(kInline).Member("text", text).EndObject();
+    return json.Key(key).BeginObject(CJsonWriter::kInline).Member("text", text).EndObject();
 }
 
 std::string HelpMarkdown(const SRuleDescription& description) {
@@ -54,7 +53,7 @@ void WriteRule(CJsonWriter& json, const SReportRule& rule, const SRuleDescriptio
         WriteMessage(json, "fullDescription", rule.name);
         WriteMessage(json, "help", rule.solution.empty() ? rule.name : rule.solution);
     }
-    json.Key("defaultConfiguration").BeginObject(kInline);
+    json.Key("defaultConfiguration").BeginObject(CJsonWriter::kInline);
     json.Member("level", LevelOf(rule.severity)).EndObject().EndObject();
 }
 
@@ -71,7 +70,7 @@ void WriteTool(CJsonWriter& json, const SReport& report) {
 }
 
 void WriteFileLocation(CJsonWriter& json, const SReportFile& file, std::size_t index) {
-    json.BeginObject(kInline).Member("uri", file.uri);
+    json.BeginObject(CJsonWriter::kInline).Member("uri", file.uri);
     if (file.isRelative) {
         json.Member("uriBaseId", kBase);
     }
@@ -79,7 +78,7 @@ void WriteFileLocation(CJsonWriter& json, const SReportFile& file, std::size_t i
 }
 
 void BeginNotification(CJsonWriter& json, const char* level, std::string_view text) {
-    json.BeginObject(kInline).Member("level", level);
+    json.BeginObject(CJsonWriter::kInline).Member("level", level);
     WriteMessage(json, "message", text);
 }
 
@@ -138,7 +137,7 @@ void WriteSuppressionOf(CJsonWriter& json, const SReportFinding& finding) {
 
 void WriteResult(CJsonWriter& json, const SReport& report, const SReportFinding& finding) {
     const SReportRule& rule = report.RuleOf(finding);
-    json.BeginObject(kInline).Member("ruleId", RuleIdText(rule.id));
+    json.BeginObject(CJsonWriter::kInline).Member("ruleId", RuleIdText(rule.id));
     json.Member("ruleIndex", finding.rule).Member("level", LevelOf(finding.severity));
     WriteMessage(json, "message", finding.text.empty() ? rule.name : finding.text);
     json.Key("locations").BeginArray();
@@ -184,7 +183,10 @@ void WriteSarifReport(const SReport& report, std::ostream& out) {
     WriteNotifications(json, report);
     json.EndObject().EndArray().Key("artifacts").BeginArray();
     for (const SReportFile& file : report.files) {
-        json.BeginObject(kInline).Key("location").BeginObject().Member("uri", file.uri);
+        json.BeginObject(CJsonWriter::kInline)
+            .Key("location")
+            .BeginObject()
+            .Member("uri", file.uri);
         if (file.isRelative) {
             json.Member("uriBaseId", kBase);
         }
