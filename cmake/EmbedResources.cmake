@@ -61,6 +61,7 @@ function(naxfewxmldb_embed_resources target)
       DEPENDS "${input}" "${NAXFEWXMLDB_EMBED_SCRIPT}"
       COMMENT "Embedding ${input}"
       VERBATIM)
+    set_source_files_properties("${output}" PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
     target_sources(${target} PRIVATE "${output}")
   endwhile()
 endfunction()
