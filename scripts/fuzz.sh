@@ -3,9 +3,11 @@
 # Builds the fuzz targets (preset fuzz), installing what is missing, replays seeds and past crashes
 # and then fuzzes. What crashes is kept in build/fuzz/findings/TARGET and fails the run.
 #
-#   scripts/fuzz.sh [--seconds N] [--jobs N] [TARGET...]
+#   scripts/fuzz.sh [--seconds N] [--jobs N] [--seed N] [TARGET...]
 #
 # N seconds for each target (30 by default), as many targets side by side as jobs (2 by default).
+# A seed of 0, the default, is another one each time; CI gives one, so that it fails for what a
+# change does and not for the draw.
 # TARGET is fuzz_landscape and so on (see fuzz/README.md), all of them by default.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -13,11 +15,13 @@ cd "$(dirname "$0")/.."
 
 seconds=30
 jobs=2
+seed=0
 targets=()
 while [ $# -gt 0 ]; do
   case $1 in
     --seconds) seconds=${2:?} && shift 2 ;;
     --jobs) jobs=${2:?} && shift 2 ;;
+    --seed) seed=${2:?} && shift 2 ;;
     -*) echo "fuzz.sh: unknown option $1" >&2 && exit 2 ;;
     *) targets+=("$1") && shift ;;
   esac
@@ -59,7 +63,7 @@ run() {
   local common=(-timeout=25 -rss_limit_mb=2048 -detect_leaks=0 "-artifact_prefix=$findings/")
   if ! TMPDIR=$ram/$target "$program" "${common[@]}" "${inputs[@]}" >"$log" 2>&1; then
     status=1
-  elif ! TMPDIR=$ram/$target "$program" "${common[@]}" -max_total_time="$seconds" \
+  elif ! TMPDIR=$ram/$target "$program" "${common[@]}" -seed="$seed" -max_total_time="$seconds" \
     -max_len="$(most_bytes "$target")" -dict="fuzz/dictionaries/$target.dict" \
     -print_final_stats=1 "$corpus" >"$log" 2>&1; then
     status=1
@@ -87,7 +91,7 @@ most_bytes() {
 }
 
 export -f run most_bytes
-export work ram seconds
+export work ram seconds seed
 # shellcheck disable=SC2016
 if ! printf '%s\0' "${targets[@]}" | xargs -0 -P "$jobs" -n 1 bash -c 'set -euo pipefail; run "$0"'; then
   echo "Inputs that crash are in build/fuzz/findings; fuzz/README.md says what to do with them." >&2
