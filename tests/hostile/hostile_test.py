@@ -159,7 +159,7 @@ ROWS = [
     ("zip", zipped, 1, ["line 1"]),
     ("HTML", lambda: [b"<!DOCTYPE html><html><body><p>" + SMALL[len(HEAD):] + b"<br></html>"], 1,
      ["line"]),
-    ("UTF-16 without mark", lambda: encoded("utf-16-le"), 0, ["1 entr"]),
+    ("UTF-16 without mark", lambda: encoded("utf-16-le", declared="UTF-16"), 0, ["1 entr"]),
     ("UTF-16 LE", lambda: encoded("utf-16-le", b"\xFF\xFE", "UTF-16"), 0, ["1 entr"]),
     ("UTF-16 BE", lambda: encoded("utf-16-be", b"\xFE\xFF", "UTF-16"), 0, ["1 entr"]),
     ("UTF-16, odd length", lambda: [b"".join(encoded("utf-16-le", b"\xFF\xFE", "UTF-16"))[:-1]], 1,

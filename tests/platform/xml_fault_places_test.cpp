@@ -178,12 +178,38 @@ TEST(XmlFaultPlaces, HoldInEveryEncoding) {
         EXPECT_EQ(fault.source, row.source) << row.what;
         EXPECT_NE(fault.reason.find("is not an integer"), std::string::npos) << row.what;
     }
+}
+
+TEST(XmlFaultPlaces, TheBytesMustBeInTheDeclaredEncoding) {
+    const auto declaring = [](const std::string& encoding) {
+        return "<?xml version='1.0' encoding='" + encoding + "'?><a/>";
+    };
+    const std::string mark = "\xEF\xBB\xBF";
+    const std::pair<std::string, const char*> cases[] = {
+        {declaring("UTF-16"), "labelled UTF-16 but has UTF-8 content"},
+        {declaring("UCS-4"), "labelled UCS-4 but has UTF-8 content"},
+        {declaring("no-such"), "Unsupported encoding no-such"},
+        {mark + declaring("no-such"), "Unsupported encoding no-such"},
+        {mark + declaring("UTF-16"), "labelled UTF-16 but has UTF-8 content"},
+        {Utf16(declaring("UTF-06"), false, true), "Unsupported encoding UTF-06"},
+        {Utf16(declaring("UTF-8"), true, true), "labelled UTF-8 but has UTF-16BE content"},
+        {Utf16(declaring("ISO-8859-1"), false, false), "labelled ISO-8859-1 but has UTF-16LE"},
+        {Utf16(declaring("utf-16be"), false, true), "labelled utf-16be but has UTF-16LE"},
+        {Utf16(declaring(std::string(600, ' ') + "no-such"), false, true), "longer than 511"},
+        {Utf16(declaring("UTF-16//IGNORE"), false, true), "not closed"},
+        {"<a>\xFF</a>", "UTF-8"},
+        {std::string("\xFF\xFE<\0a\0>\0\x00\xDC<\0/\0a\0>\0", 18), "UTF-8"},
+    };
+    const CXmlTestFolder folder;
+    for (const auto& [bytes, reason] : cases) {
+        const SXmlTestFault fault = OnlyFault(Load(NewDocument(), folder.Write("bad.xml", bytes)));
+        EXPECT_NE(fault.reason.find(reason), std::string::npos) << reason << " : " << fault.reason;
+    }
     for (const std::string& bytes :
-         {std::string("<?xml version='1.0' encoding='UTF-16'?><a/>"),
-          std::string("<?xml version='1.0' encoding='no-such'?><a/>"), std::string("<a>\xFF</a>"),
-          std::string("\xFF\xFE<\0a\0>\0\x00\xDC<\0/\0a\0>\0", 18)}) {
-        const SXmlTestOutcome outcome = Load(NewDocument(), folder.Write("bad.xml", bytes));
-        EXPECT_EQ(outcome.total, 1) << bytes;
+         {declaring("US-ASCII"), mark + declaring("ISO-8859-1"),
+          Utf16(declaring("utf-16"), true, true), Utf16(declaring("ISO-10646-UCS-2"), true, false),
+          Utf16(declaring("UTF-16LE"), false, true)}) {
+        EXPECT_EQ(Load(NewDocument(), folder.Write("good.xml", bytes)).total, 0) << bytes;
     }
 }
 

@@ -69,6 +69,11 @@ void CXmlParseSession::Run(xmlSAXHandler& handler) {
     xmlCtxtUseOptions(m_parser.get(),
                       XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_NOENT | XML_PARSE_COMPACT |
                           (m_source.IgnoresDeclaration() ? XML_PARSE_IGNORE_ENC : 0));
+    if (!m_source.Contradiction().empty()) {
+        m_fatal = SXmlFault{
+            .code = XML_ERR_UNSUPPORTED_ENCODING, .reason = m_source.Contradiction(), .offset = 0};
+        return;
+    }
     xmlParseDocument(m_parser.get());
     RefuseRest();
     if (m_thrown) {

@@ -21,7 +21,6 @@ namespace Nax::FrontEnd::XMLDB {
 namespace {
 
 constexpr std::size_t ChunkSize = std::size_t{128} * 1024;
-constexpr std::size_t HeadSize = 1024;
 
 std::string SystemReason(int code) {
     return std::generic_category().message(code);
@@ -118,7 +117,7 @@ std::unique_ptr<CXmlSource> CXmlSource::FromText(std::string text) {
 }
 
 void CXmlSource::Examine() {
-    char head[HeadSize];
+    char head[XmlHeadSize];
     long size = 0;
     for (long count = 1; count > 0 && size < static_cast<long>(sizeof(head)); size += count) {
         count =
@@ -129,6 +128,7 @@ void CXmlSource::Examine() {
     }
     if (size > 0) {
         const SXmlEncoding encoding = DetectEncoding({head, static_cast<std::size_t>(size)});
+        m_contradiction = encoding.contradiction;
         m_rawStart = encoding.markLength;
         m_ignoresDeclaration = m_rawStart > 0;
         const iconv_t handle =
@@ -263,7 +263,7 @@ int CXmlSource::Read(char* buffer, int size) noexcept {
 
 std::string CXmlSource::Declaration() {
     Rewind();
-    char head[HeadSize];
+    char head[XmlHeadSize];
     const int size = Read(head, sizeof(head));
     Rewind();
     return std::string(XmlDeclarationIn({head, static_cast<std::size_t>(std::max(size, 0))}));

@@ -39,6 +39,8 @@ public:
 
     /// True when the stream's encoding is known not to be the declared one.
     bool IgnoresDeclaration() const noexcept { return m_ignoresDeclaration; }
+    /// Why the declared encoding cannot be the text's, empty when it can.
+    const std::string& Contradiction() const noexcept { return m_contradiction; }
     bool IsEmpty() const noexcept { return m_isEmpty; }
     /// The system's reason of a failed Read, empty when there was none.
     const std::string& Failure() const noexcept { return m_failure; }
@@ -67,6 +69,7 @@ private:
     std::unique_ptr<SConverter> m_converter;
     bool m_ignoresDeclaration = false;
     bool m_isEmpty = false;
+    std::string m_contradiction;
     std::string m_failure;
 };
 
