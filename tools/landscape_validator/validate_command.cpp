@@ -177,11 +177,13 @@ private:
             return Fail("the name of the output folder is not UTF-8");
         }
         std::error_code error;
-        std::error_code ignored;
+        std::error_code unknown;
         fs::create_directories(folder, error);
-        if (!fs::is_directory(folder, ignored)) {
-            return Fail("cannot make the output folder '" + folder +
-                        "': " + (error ? error.message() : "A file has that name"));
+        if (!fs::is_directory(folder, unknown)) {
+            return Fail("cannot make the output folder '" + folder + "': " +
+                        (error     ? error.message()
+                         : unknown ? unknown.message()
+                                   : "A file has that name"));
         }
         std::string reason;
         switch (LockFolder(folder, m_lock, reason)) {
@@ -384,6 +386,7 @@ private:
 } // namespace
 
 ExitCode RunValidate(const SOptions& options, std::ostream& out, std::ostream& err) {
+    LetClosedPipesFailWrites();
     return CValidateRun(options, out, err).Run();
 }
 
