@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "backups.h"
 
+#include <naxfewxmldb/naxfewxmldb.h>
+
 #include <fmt/chrono.h>
 
 #include <algorithm>
@@ -13,6 +15,7 @@
 
 namespace LandscapeValidator {
 
+using namespace Nax::FrontEnd::XMLDB;
 namespace fs = std::filesystem;
 
 namespace {
@@ -73,6 +76,26 @@ bool MoveDatabaseAside(const std::string& database, std::string& reason) {
     fs::rename(database, backup, error);
     reason = error ? error.message() : std::string();
     return !error;
+}
+
+CEarlierDatabase::CEarlierDatabase(const std::string& database) {
+    std::error_code error;
+    if (fs::is_regular_file(database, error)) {
+        m_database = CDBProcessor(true, Normal, _bstr_t(), _bstr_t()).GetDatabase();
+        m_database->Open(database.c_str(), "", "");
+    }
+}
+
+CEarlierDatabase::~CEarlierDatabase() {
+    if (m_database) {
+        m_database->Close();
+    }
+}
+
+void CEarlierDatabase::Lock() {
+    if (m_database) {
+        m_database->Execute("BEGIN IMMEDIATE");
+    }
 }
 
 int RemoveOldBackups(const std::string& folder, int keep) {

@@ -43,7 +43,8 @@ std::string WhyNoRoot(const std::string& text) {
     std::error_code error;
     return std::filesystem::is_directory(root->folder, error)
                ? std::string()
-               : "'" + root->folder + "' is not a folder";
+               : "'" + root->folder + "' is not a folder" +
+                     (error ? ": " + error.message() : std::string());
 }
 
 /// Told before the run instead of with each file that cannot be fetched.
