@@ -110,7 +110,13 @@ std::string FindConfigurationFile() {
         if (folder != working && IsSharedByAll(folder)) {
             break;
         }
-        if (fs::exists(fs::symlink_status(folder / kFileName, ignored))) {
+        const fs::file_status status = fs::symlink_status(folder / kFileName, error);
+        // A folder above that is closed to the user holds nothing for them.
+        if (status.type() == fs::file_type::none && error != std::errc::permission_denied) {
+            throw CConfigurationError("cannot look for the configuration file '" +
+                                      (found / kFileName).string() + "': " + error.message());
+        }
+        if (fs::exists(status)) {
             std::string path = (found / kFileName).string();
             if (fs::is_fifo(path, ignored)) { // opening it could wait for ever
                 throw CConfigurationError("cannot read the configuration file '" + path +
