@@ -187,6 +187,7 @@ private:
     void FailDirectLoad(const std::string& sql);
     /// Runs a queued statement, bound where it is a plain insert; the same to any observer.
     bool DB_ExecuteQuery(const std::string& sql, IBoundInsertRunner* boundInserts);
+    void LetGoOfEarlier();
     bool RecreateTable(const char* dropSql, const char* createSql, const char* deleteSql);
     bool CreateResultIds();
     bool Error(const char* errorBlock, const std::string& message);
@@ -201,6 +202,7 @@ private:
     std::string m_xsltFile;
     std::string m_lastDBError;
     std::shared_ptr<IDatabase> m_database;
+    std::shared_ptr<IDatabase> m_earlier; ///< locked while the new one is in use
     std::shared_ptr<CXsdToDDLMapper> m_mapper;
     std::shared_ptr<CXmlXsdValidator> m_validator;
     std::map<std::string, std::string> m_insertPrefixes;

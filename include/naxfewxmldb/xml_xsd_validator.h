@@ -20,6 +20,7 @@ struct SXmlIssue {
 /// What a validation found, as data.
 struct SXmlValidationResult {
     bool wellFormed = false;       ///< the file could be read to its end
+    bool readable = true;          ///< false when the system could not read it, as `issues` tells
     long total = 0;                ///< number of faults
     std::vector<SXmlIssue> issues; ///< the first 100
 };

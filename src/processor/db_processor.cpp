@@ -4,6 +4,9 @@
 #include <naxfewxmldb/xml_xsd_validator.h>
 #include <naxfewxmldb/xsd_to_ddl_mapper.h>
 
+#include <filesystem>
+#include <system_error>
+
 #include "database/sqlite_database.h"
 #include "platform/files.h"
 #include "platform/known_folders.h"
@@ -23,6 +26,18 @@ constexpr char kClass[] = "Nax::FrontEnd::XMLDB::CDBProcessor";
 constexpr char kDatabaseFile[] = "UILandscape.db";
 constexpr char kClaimed[] =
     "Another thread of this process works on the database; one processor at a time can make it";
+
+/// A connection to the file that a new database takes the name of; null without one. Its lock keeps
+/// others, who have the earlier file open, from taking the new one's journal for theirs: they would
+/// roll back to it and remove it.
+std::shared_ptr<IDatabase> OpenEarlier(const std::string& path) {
+    std::error_code ignored;
+    if (!std::filesystem::is_regular_file(path, ignored)) {
+        return nullptr;
+    }
+    auto earlier = std::make_shared<CSQLiteDatabase>();
+    return earlier->Open(path.c_str(), "", "") ? earlier : nullptr;
+}
 
 } // namespace
 
@@ -57,7 +72,12 @@ bool CDBProcessor::Initialize(bool backup) {
     }
     NAX_TRACE(kClass, "Database file name: %s\n", path.c_str());
     if (backup) {
+        LetGoOfEarlier();
+        m_earlier = OpenEarlier(path);
         DB_CreateBackup(path, true);
+        if (m_earlier != nullptr) {
+            m_earlier->Execute("BEGIN IMMEDIATE");
+        }
     }
     const bool connected = m_database != nullptr && m_database->Open(path.c_str(), "", "");
     NAX_TRACE(kClass, "Connect: %d\n", static_cast<int>(connected));
@@ -69,12 +89,20 @@ bool CDBProcessor::Initialize(bool backup) {
     return true;
 }
 
+void CDBProcessor::LetGoOfEarlier() {
+    if (m_earlier != nullptr) {
+        m_earlier->Close();
+        m_earlier.reset();
+    }
+}
+
 void CDBProcessor::UnInitialize() {
     if (m_database != nullptr) {
         if (m_database->IsTransactionStarted()) {
             m_database->Commit();
         }
         m_database->Close();
+        LetGoOfEarlier();
         CDatabaseClaim::OfProcess().Leave(m_database.get());
         m_database.reset();
     }

@@ -176,6 +176,7 @@ bool CXmlXsdValidator::Check(const SRequest& request, _bstr_t& message) {
         NAX_CHECK(document->get_parseError(&error));
         const SReportedFault first = ReadFault(error);
         request.result.wellFormed = IsSchemaFault(first.code);
+        request.result.readable = !IsReadingFault(first.code);
         ReadIssues(error, request.result);
         message = (FormatHeader(label, name, first) + FormatIssues(request.result)).c_str();
     }

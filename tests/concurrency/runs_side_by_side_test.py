@@ -106,6 +106,9 @@ def separate_folders():
 def one_folder_while_one_runs():
     """The first run waits for its landscape in a pipe, so the others find its folder in use."""
     expect("before", finish([start("-o", "one", "run 00.xml")])[0], [0])
+    earlier = sqlite3.connect("one/UILandscape.db")
+    names = "SELECT DISTINCT name FROM Nodes"
+    expect("the earlier database", earlier.execute(names).fetchall(), [("run 00",)])
     os.mkfifo("run 01.pipe")
     first = start("-o", "one", "run 01.pipe")
     while not os.path.exists("one/UILandscape.db-journal") and first.poll() is None:
@@ -118,12 +121,15 @@ def one_folder_while_one_runs():
         ("collect", ["collect", "-o", "one"], 2, IN_USE),
         ("a run elsewhere", ["-o", "elsewhere", "run 02.xml"], 0, ""),
     ]
+    # Who opened it before the run sees a journal beside it, which is not its own.
+    expect("the same during the run", earlier.execute(names).fetchall(), [("run 00",)])
     codes, outputs = finish([start(*arguments) for _, arguments, _, _ in table])
     for (name, _, wanted, text), code, (out, err) in zip(table, codes, outputs):
         expect(f"beside a run: {name}", (code, text in out + err), (wanted, True))
     pathlib.Path("run 01.pipe").write_text(landscape(1), encoding="utf-8")
     expect("the first run", finish([first])[0], [0])
     reader.close()
+    earlier.close()
     check_folder("beside a run", "one", 2, ["run 00", "run 01"])
     expect("collect afterwards", finish([start("collect", "-o", "one")])[0], [0])
 

@@ -167,8 +167,9 @@ class Bench:
 
     def judge(self, name, place, result, causes, may_leave="^$", finding=None, may_keep=False,
               must_fail=False):
-        """What is wrong after a run with a fault: it ends with 2 and one of the causes, with `finding`
-        in its report, or as without the fault (with old files too many when it may keep them)."""
+        """What is wrong after a run with a fault: it ends with 2 and one of the causes, tells the
+        `finding` (a text) and ends with its code, or is as without the fault (with old files too many
+        when it may keep them)."""
         expected = self.expected(name)
         problems = ["left over: " + left for left in leftovers(place)
                     if not re.search(may_leave, left)]
@@ -178,8 +179,14 @@ class Bench:
             return problems + self.check_folder(name, place)
         if must_fail or result.returncode not in (0, 1):
             return problems + ["ended with %d" % result.returncode]
-        if finding and finding in result.stdout.decode():
-            return problems
+        told = result.stdout.decode()
+        if "text=out.txt" in SCENARIOS[name].arguments and (place / "out.txt").exists():
+            told += (place / "out.txt").read_text()
+        if finding and finding[0] in told and result.returncode == finding[1]:
+            return problems + [
+                file + ": not whole" for file, path in files_of(place).items()
+                if file.startswith("out.") and not is_document(path)
+                or file == "out/UILandscape.db" and not query_all(path)[0]]
         if result.told != expected.told:
             problems.append("another exit code or output than without the fault")
         now, after = snapshot(place), expected.after

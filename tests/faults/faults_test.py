@@ -28,6 +28,8 @@ KINDS = {
 SCENARIOS = ["load", "again", "formats", "collect", "validate-collect"]
 # What cannot be removed, or looked for to be removed, stays.
 LEAVES_FILES = ("remove", "folder", "db-delete")
+# A file is read more than once, and only the run as a whole tells where.
+ALL_READS = ("again", "read")
 # What was to be kept is lost: nobody gets over that.
 MUST_FAIL = ("write", "close", "sync", "rename", "db-write", "db-sync")
 
@@ -48,11 +50,11 @@ def run_one(bench, options, scenario, kind, which, error):
         failed, on_database = counts.get(kind, (0, 0))[1], kind.startswith("db-")
         problems = bench.judge(
             scenario, place, result,
-            [os.strerror(number)] + (driver.DATABASE_CAUSES if on_database else []),
+            ([os.strerror(number)] if number else []) + (
+                driver.DATABASE_CAUSES if on_database else []),
             may_leave="" if kind in LEAVES_FILES else "-journal$" if on_database else "^$",
             # A landscape that cannot be read is a finding; settings that may not be read are told.
-            finding=os.strerror(number) if kind == "read" or (kind, error) == ("folder", "EACCES")
-            else None,
+            finding={"read": (os.strerror(number), 1), "folder": ("Permission denied", 0)}.get(kind),
             may_keep=failed and kind in LEAVES_FILES, must_fail=failed and kind in MUST_FAIL)
     if problems or options.sweep or len(bench.codes) % 4 == 0:
         problems += bench.run_again(scenario, place)
@@ -71,7 +73,8 @@ def series_of(options):
                     if not options.full and (scenario == "load" or mode and scenario != "formats"):
                         continue
                     if options.sweep or scenario in ("formats", "collect") or (
-                            scenario == "validate-collect" and not kind.startswith("db-")):
+                            scenario == "validate-collect" and not kind.startswith("db-")) or (
+                            (scenario, kind) == ALL_READS):
                         yield scenario, kind, mode, error
 
 
@@ -97,7 +100,7 @@ def test(bench, options, for_each):
         while failed and found <= 20:
             failed, problems = run_one(bench, options, scenario, kind, "%d%s" % (n, mode), error)
             found += problems
-            n += 1 if n < options.dense else max(1, options.stride or int(n * growth))
+            n += 1 if n < options.dense or (scenario, kind) == ALL_READS else max(1, options.stride or int(n * growth))
 
     for_each(run_series, series)
     return bench.finish("%d series" % len(series))

@@ -192,6 +192,12 @@ ssize_t read(int file, void* bytes, size_t count) {
                : Next<ssize_t(int, void*, size_t)>("read")(file, bytes, count);
 }
 
+ssize_t pread(int file, void* bytes, size_t count, off_t offset) {
+    return Is(file, Reading) && Fails(Kind::Read)
+               ? -1
+               : Next<ssize_t(int, void*, size_t, off_t)>("pread")(file, bytes, count, offset);
+}
+
 size_t fread(void* bytes, size_t size, size_t count, FILE* stream) {
     if (Is(fileno(stream), Reading) && Fails(Kind::Read)) {
         stream->_flags |= kStreamHasFailed; // without it this would be the end of the file

@@ -50,8 +50,19 @@ check 'controls in a wrong option' 2 '' '--no?[2J' $'--no\e[2J' "$clean"
 check 'output below a file' 2 '' 'plain-file/r' -o plain-file/r "$clean"
 check 'help' 0 'Exit codes' '' --help
 check 'help of the command' 0 '--keep-backups' '' validate --help
-"$tool" -o r "$clean" >/dev/full 2>err.txt
-[ $? -eq 2 ] && grep -q 'cannot be written' err.txt || failed=$((failed + 1))
+for words in "-o r $clean" 'schema ddl' 'rules list' --show-config --help; do
+  "$tool" $words >/dev/full 2>err.txt
+  [ $? -eq 2 ] && grep -q 'written.*: No space left' err.txt || failed=$((failed + 1))
+done
+"$tool" -o r --output-file json=after.json --format text "$clean" 2>err.txt | true
+[ "${PIPESTATUS[0]}" -eq 2 ] && grep -q 'Broken pipe' err.txt && [ -s after.json ] ||
+  failed=$((failed + 1))
+# Can be opened, and not be read.
+mkdir unread && ln -s /proc/self/mem unread/mem.xml
+check 'unread configuration' 2 '' "mem.xml': Input/output error" --config unread/mem.xml "$clean"
+check 'unread baseline' 2 '' "mem.xml': Input/output error" --baseline unread/mem.xml "$clean"
+check 'unread rules' 2 '' 'mem.xml" cannot be read: Input/output error' rules check unread/mem.xml
+check 'unread landscape' 1 'cannot be read: Input/output error' '' -o r unread
 
 check 'version' 0 'landscape-validator 0.' '' --version
 

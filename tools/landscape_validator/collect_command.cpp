@@ -99,8 +99,10 @@ private:
             return Fail("the name of the output folder is not UTF-8");
         }
         if (!fs::is_directory(folder, error)) {
-            return Fail("there is no folder '" + folder +
-                        "' to collect from; validate into it first");
+            return Fail(!error || error == std::errc::no_such_file_or_directory
+                            ? "there is no folder '" + folder +
+                                  "' to collect from; validate into it first"
+                            : "cannot collect from '" + folder + "': " + error.message());
         }
         if (!m_options.list && !Lock(folder)) {
             return false;
@@ -231,6 +233,7 @@ private:
 } // namespace
 
 ExitCode RunCollect(const SCollectOptions& options, std::ostream& out, std::ostream& err) {
+    LetClosedPipesFailWrites();
     return CCollectRun(options, out, err).Run();
 }
 

@@ -111,7 +111,8 @@ Command ParseCommandLine(const std::vector<std::string>& arguments, std::ostream
     } catch (const CLI::ParseError& error) {
         // Says what the words were, and a shell's pattern makes words of file names.
         std::ostringstream said;
-        const bool asked = app.exit(error, out, said) == 0;
+        std::ostringstream help;
+        const bool asked = app.exit(error, help, said) == 0 && PrintResult(help.str(), out, err);
         err << PrintableLines(said.str());
         exitCode = asked ? ExitCode::Clean : ExitCode::Failure;
         return {};

@@ -65,6 +65,9 @@ SConfigurationFile ReadConfigurationFile(const std::string& path) {
     // One that was found may be anybody's device, and devices need not end.
     std::string content(kMaxSize + 1, '\0');
     in.read(content.data(), static_cast<std::streamsize>(content.size()));
+    if (in.bad()) {
+        throw CConfigurationError(what + std::generic_category().message(errno));
+    }
     content.resize(static_cast<std::size_t>(in.gcount()));
     if (content.size() > kMaxSize) {
         throw CConfigurationError(what + "it is larger than 1 MB");
@@ -95,14 +98,25 @@ SConfigurationFile ReadConfigurationFile(const std::string& path) {
 std::string FindConfigurationFile() {
     std::error_code error;
     const fs::path working = fs::current_path(error);
+    if (error) { // what would be found there may be stricter than the defaults
+        throw CConfigurationError(
+            "cannot look for a configuration file in the working folder and above it: " +
+            error.message() + "; --no-config does without, --config names one");
+    }
     const fs::path home = Nax::FrontEnd::XMLDB::FindHomeFolder();
     fs::path found; // relative: names in messages and in results are then those that people use
-    for (fs::path folder = working; !error && !folder.empty(); folder = folder.parent_path()) {
+    for (fs::path folder = working; !folder.empty(); folder = folder.parent_path()) {
         std::error_code ignored;
         if (folder != working && IsSharedByAll(folder)) {
             break;
         }
-        if (fs::exists(fs::symlink_status(folder / kFileName, ignored))) {
+        const fs::file_status status = fs::symlink_status(folder / kFileName, error);
+        // A folder above that is closed to the user holds nothing for them.
+        if (status.type() == fs::file_type::none && error != std::errc::permission_denied) {
+            throw CConfigurationError("cannot look for the configuration file '" +
+                                      (found / kFileName).string() + "': " + error.message());
+        }
+        if (fs::exists(status)) {
             std::string path = (found / kFileName).string();
             if (fs::is_fifo(path, ignored)) { // opening it could wait for ever
                 throw CConfigurationError("cannot read the configuration file '" + path +

@@ -3,12 +3,11 @@
 
 #include "command_line.h"
 #include "platform/url.h"
+#include "readable_file.h"
 
 #include <CLI/CLI.hpp>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <optional>
 #include <system_error>
 
@@ -44,13 +43,17 @@ std::string WhyNoRoot(const std::string& text) {
     std::error_code error;
     return std::filesystem::is_directory(root->folder, error)
                ? std::string()
-               : "'" + root->folder + "' is not a folder";
+               : "'" + root->folder + "' is not a folder" +
+                     (error ? ": " + error.message() : std::string());
 }
 
 /// Told before the run instead of with each file that cannot be fetched.
 std::string WhyNoCertificates(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    const std::string text(std::istreambuf_iterator<char>(in), {});
+    std::string text;
+    std::string reason;
+    if (!ReadFile(path, text, reason)) {
+        return "cannot read '" + path + "': " + reason;
+    }
     return text.find("CERTIFICATE-----") != std::string::npos
                ? std::string()
                : "'" + path + "' holds no certificate (PEM)";

@@ -40,9 +40,7 @@ bool IsFolder(const fs::path& path) {
 }
 
 /// Files, and links to files that are gone: that these cannot be read must be told.
-bool MayBeFile(const fs::path& path) {
-    std::error_code error;
-    const fs::file_status status = fs::status(path, error);
+bool MayBeFile(const fs::path& path, const fs::file_status& status) {
     return fs::is_regular_file(status) || (!fs::exists(status) && HasEntry(path));
 }
 
@@ -90,10 +88,15 @@ private:
     }
 
     void Step(const fs::path& path, std::size_t next, bool last) {
-        if (last && MayBeFile(path)) {
+        std::error_code error;
+        const fs::file_status status = fs::status(path, error);
+        if (last && MayBeFile(path, status)) {
             m_found.insert(path.lexically_normal().string());
-        } else if (!last && IsFolder(path)) {
+        } else if (!last && fs::is_directory(status)) {
             Walk(path, next);
+        } else if (status.type() == fs::file_type::none &&
+                   error != std::errc::too_many_symbolic_link_levels) {
+            AddFailure(fmt::format("cannot read '{}': {}", path.string(), error.message()));
         }
     }
 

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <system_error>
 
 namespace LandscapeValidator {
 
@@ -57,6 +59,19 @@ bool IsUtf8(std::string_view text) {
     const _bstr_t wide(original.c_str());
     const char* back = wide;
     return back != nullptr && original == back;
+}
+
+bool PrintResult(const std::string& text, std::ostream& out, std::ostream& err) {
+    if (out) { // else what made it fail is the reason
+        errno = 0;
+    }
+    if (out << text << std::flush) {
+        return true;
+    }
+    const int code = errno;
+    err << kMessageStart << "standard output cannot be written"
+        << (code == 0 ? "" : ": " + std::generic_category().message(code)) << '\n';
+    return false;
 }
 
 } // namespace LandscapeValidator

@@ -32,4 +32,22 @@ std::string WhyUnreadable(const std::string& path, Pipes pipes) {
     return file ? std::string() : std::generic_category().message(errno);
 }
 
+bool ReadFile(const std::string& path, std::string& content, std::string& reason) {
+    constexpr std::size_t kBlock = std::size_t{1} << 16U;
+    errno = 0;
+    std::ifstream file(path, std::ios::binary);
+    std::string block(kBlock, '\0');
+    content.clear();
+    // An iterator over the stream would throw what reading marks as bad.
+    while (file && (file.read(block.data(), static_cast<std::streamsize>(block.size())) ||
+                    file.gcount() > 0)) {
+        content.append(block, 0, static_cast<std::size_t>(file.gcount()));
+    }
+    if (file.is_open() && !file.bad()) {
+        return true;
+    }
+    reason = std::generic_category().message(errno == 0 ? EIO : errno);
+    return false;
+}
+
 } // namespace LandscapeValidator

@@ -13,4 +13,7 @@ enum class Pipes {
 /// Why a file that the user named cannot be read; empty when it can.
 std::string WhyUnreadable(const std::string& path, Pipes pipes = Pipes::Refused);
 
+/// Reads a whole file; false with the system's reason when that fails anywhere in it.
+bool ReadFile(const std::string& path, std::string& content, std::string& reason);
+
 } // namespace LandscapeValidator

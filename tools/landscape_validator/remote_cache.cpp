@@ -3,13 +3,14 @@
 
 #include "platform/host_files.h"
 #include "platform/whole_file.h"
+#include "readable_file.h"
 
 #include <fmt/format.h>
 
 #include <charconv>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
+#include <sstream>
 #include <system_error>
 #include <utility>
 
@@ -59,7 +60,12 @@ std::optional<SCachedFile> CRemoteCache::Find(const std::string& url) const {
     if (m_folder.empty() || !fs::is_regular_file(PathOf(url), error)) {
         return std::nullopt;
     }
-    std::ifstream in(PathOf(url), std::ios::binary);
+    std::string content;
+    std::string ignored;
+    if (!ReadFile(PathOf(url), content, ignored)) {
+        return std::nullopt;
+    }
+    std::istringstream in(std::move(content));
     SCachedFile file;
     std::string firstLine;
     std::string storedUrl;

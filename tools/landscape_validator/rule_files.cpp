@@ -169,21 +169,21 @@ SRuleFile ReadRuleFile(const std::string& path) {
         file.faults.push_back({path, 0, "cannot be read: " + reason});
         return file;
     }
-    file.readable = true;
     CRuleReader reader(file, path);
     CXmlXsdValidator validator(true);
     SXmlValidationResult result;
     _bstr_t message;
     validator.Validate(true, path.c_str(), path.c_str(), kAnySchema, message, reader, result);
+    file.readable = result.readable;
     if (!result.wellFormed) {
         // What stands before the break may be half of something.
         file.elements.clear();
         file.faults.clear();
         file.kind = RuleFileKind::Unknown;
         const bool told = !result.issues.empty();
-        file.faults.push_back(
-            {path, told ? result.issues.front().line : 0,
-             "not well-formed: " + (told ? result.issues.front().reason
+        file.faults.push_back({path, told ? result.issues.front().line : 0,
+                               (file.readable ? "not well-formed: " : "") +
+                                   (told ? result.issues.front().reason
                                          : std::string(static_cast<const char*>(message)))});
     }
     return file;

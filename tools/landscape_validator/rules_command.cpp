@@ -53,7 +53,7 @@ std::string Plural(std::size_t count, const char* one) {
 }
 
 ExitCode Finish(ExitCode exitCode, std::ostream& out, std::ostream& err) {
-    return out.flush() ? exitCode : Fail("standard output cannot be written", err);
+    return PrintResult({}, out, err) ? exitCode : ExitCode::Failure;
 }
 
 /// A heading and its text, wrapped between words; nothing when there is no text.

@@ -34,22 +34,20 @@ bool Check(const SSchemaFiles& files, std::ostream& err) {
     return failure.empty();
 }
 
-ExitCode Finish(std::ostream& out, std::ostream& err) {
-    if (out.flush()) {
-        return ExitCode::Clean;
-    }
-    err << kMessageStart << "standard output cannot be written\n";
-    return ExitCode::Failure;
-}
-
 } // namespace
 
 ExitCode PrintSchema(const SSchemaFiles& files, std::ostream& out, std::ostream& err) {
     if (!Check(files, err)) {
         return ExitCode::Failure;
     }
-    out << ReadSchemaBytes(files);
-    return Finish(out, err);
+    std::string bytes;
+    std::string reason;
+    if (!ReadSchemaBytes(files, bytes, reason)) {
+        err << kMessageStart << PrintableLines("cannot read '" + files.schema + "': " + reason)
+            << '\n';
+        return ExitCode::Failure;
+    }
+    return PrintResult(bytes, out, err) ? ExitCode::Clean : ExitCode::Failure;
 }
 
 ExitCode PrintTables(const SSchemaFiles& files, std::ostream& out, std::ostream& err) {
@@ -63,10 +61,11 @@ ExitCode PrintTables(const SSchemaFiles& files, std::ostream& out, std::ostream&
         err << kMessageStart << "the tables cannot be made:" << processor->GetLastDBError() << '\n';
         return ExitCode::Failure;
     }
+    std::string tables;
     while (rows->MoveNext()) {
-        out << rows->GetString(0).GetString() << ";\n\n";
+        tables.append(rows->GetString(0).GetString()).append(";\n\n");
     }
-    return Finish(out, err);
+    return PrintResult(tables, out, err) ? ExitCode::Clean : ExitCode::Failure;
 }
 
 void AddSchemaCommand(CLI::App& app, Command& chosen) {

@@ -5,8 +5,6 @@
 
 #include <array>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
 namespace LandscapeValidator {
 
@@ -170,13 +168,12 @@ std::shared_ptr<CDBProcessor> MakeProcessor(const SSchemaFiles& files, DBMode mo
     return processor;
 }
 
-std::string ReadSchemaBytes(const SSchemaFiles& files) {
-    if (files.schema.empty()) {
-        return CXmlDbDocument::LoadInternalResource(kSchemaResource, nullptr);
+bool ReadSchemaBytes(const SSchemaFiles& files, std::string& bytes, std::string& reason) {
+    if (!files.schema.empty()) {
+        return ReadFile(files.schema, bytes, reason);
     }
-    std::ostringstream bytes;
-    bytes << std::ifstream(files.schema, std::ios::binary).rdbuf();
-    return bytes.str();
+    bytes = CXmlDbDocument::LoadInternalResource(kSchemaResource, nullptr);
+    return true;
 }
 
 } // namespace LandscapeValidator

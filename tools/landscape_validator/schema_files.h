@@ -20,7 +20,7 @@ std::string CheckSchemaFiles(const SSchemaFiles& files);
 std::shared_ptr<Nax::FrontEnd::XMLDB::CDBProcessor> MakeProcessor(
     const SSchemaFiles& files, Nax::FrontEnd::XMLDB::DBMode mode);
 
-/// The schema as its file has it.
-std::string ReadSchemaBytes(const SSchemaFiles& files);
+/// The schema as its file has it; false with the reason when it cannot be read.
+bool ReadSchemaBytes(const SSchemaFiles& files, std::string& bytes, std::string& reason);
 
 } // namespace LandscapeValidator

@@ -60,7 +60,7 @@ bool IsNoFile(const std::string& database) {
 bool WasInterrupted(const std::string& database) {
     std::error_code error;
     const auto size = fs::file_size(database + "-journal", error);
-    return !error && size > 0;
+    return error ? error != std::errc::no_such_file_or_directory : size > 0;
 }
 
 std::string SettleDatabase() {
@@ -98,7 +98,12 @@ void CSupportSources::Add(const std::string& path) {
 bool CSupportSources::AddFilesOfLastRun(const std::string& database, std::string& reason) {
     std::error_code error;
     // Asked first: opening would make an empty database.
-    if (!fs::exists(database, error)) {
+    const fs::file_status status = fs::status(database, error);
+    if (status.type() == fs::file_type::none) {
+        reason = "'" + database + "' cannot be read: " + error.message();
+        return false;
+    }
+    if (!fs::exists(status)) {
         reason = "there is no '" + database +
                  "' to collect from; validate into that folder first, or name the files";
         return false;

@@ -177,11 +177,13 @@ private:
             return Fail("the name of the output folder is not UTF-8");
         }
         std::error_code error;
-        std::error_code ignored;
+        std::error_code unknown;
         fs::create_directories(folder, error);
-        if (!fs::is_directory(folder, ignored)) {
-            return Fail("cannot make the output folder '" + folder +
-                        "': " + (error ? error.message() : "A file has that name"));
+        if (!fs::is_directory(folder, unknown)) {
+            return Fail("cannot make the output folder '" + folder + "': " +
+                        (error     ? error.message()
+                         : unknown ? unknown.message()
+                                   : "A file has that name"));
         }
         std::string reason;
         switch (LockFolder(folder, m_lock, reason)) {
@@ -211,15 +213,19 @@ private:
         if (IsNoFile(database)) {
             return Fail("'" + database + "' is not a file, so the database cannot be made there");
         }
+        m_earlier = std::make_unique<CEarlierDatabase>(database);
         const std::string failure = SettleBeforeRun(database);
         std::string reason;
         if (!failure.empty()) {
             return Fail("the database '" + database +
                         "' of an interrupted run cannot be settled: " + failure);
         }
-        return MoveDatabaseAside(database, reason) ||
-               Fail("the earlier database '" + database +
-                    "' cannot be kept as a backup: " + reason);
+        if (!MoveDatabaseAside(database, reason)) {
+            return Fail("the earlier database '" + database +
+                        "' cannot be kept as a backup: " + reason);
+        }
+        m_earlier->Lock();
+        return true;
     }
 
     bool FinishDatabase() {
@@ -372,6 +378,7 @@ private:
     CFileList m_files;
     std::unique_ptr<IFolderLock> m_lock;
     std::unique_ptr<CWorkFolder> m_work; ///< goes before the lock does
+    std::unique_ptr<CEarlierDatabase> m_earlier;
     std::shared_ptr<CDBProcessor> m_processor;
     std::unique_ptr<CLandscapeLoader> m_loader;
     std::unique_ptr<CRulesProcessor> m_rules;
@@ -384,6 +391,7 @@ private:
 } // namespace
 
 ExitCode RunValidate(const SOptions& options, std::ostream& out, std::ostream& err) {
+    LetClosedPipesFailWrites();
     return CValidateRun(options, out, err).Run();
 }
 

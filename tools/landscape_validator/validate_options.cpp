@@ -5,6 +5,7 @@
 #include "include_options.h"
 #include "limit_options.h"
 #include "options.h"
+#include "printable.h"
 #include "validate_command.h"
 
 #include <CLI/CLI.hpp>
@@ -96,7 +97,7 @@ bool Configure(CLI::App& command, CLI::Option& files,
     if (options.show) {
         chosen = [list = configuration.List(), notes](std::ostream& out, std::ostream& err) {
             err << notes;
-            return out << list << std::flush ? ExitCode::Clean : ExitCode::Failure;
+            return PrintResult(list, out, err) ? ExitCode::Clean : ExitCode::Failure;
         };
     }
     return options.show;

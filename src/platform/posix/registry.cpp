@@ -2,7 +2,7 @@
 #include "platform/registry.h"
 
 #include <fstream>
-#include <iterator>
+#include <sstream>
 
 #include "platform/files.h"
 #include "platform/folders.h"
@@ -23,8 +23,10 @@ std::string ReadRegistryFile() {
     if (!CheckRegularFile(path, LinkRule::Follow).problem.empty()) {
         return {};
     }
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    // What cannot be read is as if it were not there; an iterator over the file would throw.
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text ? text.str() : std::string();
 }
 
 } // namespace

@@ -78,7 +78,11 @@ public:
         ::posix_spawn_file_actions_adddup2(&m_actions, output, STDOUT_FILENO);
         ::posix_spawn_file_actions_addopen(&m_actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
         ::posix_spawnattr_init(&m_attributes);
-        ::posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETPGROUP);
+        ::posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF);
+        sigset_t ordinary;
+        ::sigemptyset(&ordinary);
+        ::sigaddset(&ordinary, SIGPIPE);
+        ::posix_spawnattr_setsigdefault(&m_attributes, &ordinary);
         ::posix_spawnattr_setpgroup(&m_attributes, 0);
     }
     CSpawnSetup(const CSpawnSetup&) = delete;

@@ -9,4 +9,8 @@ bool IsSchemaFault(long errorCode) noexcept {
     return errorCode >= XML_SCHEMAV_NOROOT && errorCode <= XML_SCHEMAV_MISC;
 }
 
+bool IsReadingFault(long errorCode) noexcept {
+    return errorCode == XML_IO_LOAD_ERROR || errorCode == XML_IO_UNKNOWN;
+}
+
 } // namespace Nax::FrontEnd::XMLDB

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "xml_fault_location.h"
 
+#include <libxml/xmlerror.h>
 #include <algorithm>
 #include <array>
 #include <numeric>
@@ -134,7 +135,11 @@ private:
 
 } // namespace
 
-void LocateFaults(CXmlSource& source, std::vector<SXmlFault>& faults) {
+SXmlFault ReadingFault(const CXmlSource& source) {
+    return {.code = XML_IO_UNKNOWN, .reason = "The file cannot be read: " + source.Failure() + "."};
+}
+
+bool LocateFaults(CXmlSource& source, std::vector<SXmlFault>& faults) {
     std::vector<SXmlFault*> ordered;
     for (SXmlFault& fault : faults) {
         if (fault.offset != SXmlFault::NoOffset) {
@@ -142,7 +147,7 @@ void LocateFaults(CXmlSource& source, std::vector<SXmlFault>& faults) {
         }
     }
     if (ordered.empty()) {
-        return;
+        return true;
     }
     std::stable_sort(
         ordered.begin(), ordered.end(),
@@ -151,6 +156,11 @@ void LocateFaults(CXmlSource& source, std::vector<SXmlFault>& faults) {
     for (SXmlFault* fault : ordered) {
         sweep.Place(*fault);
     }
+    if (!source.Failure().empty()) {
+        faults.assign(1, ReadingFault(source));
+        return false;
+    }
+    return true;
 }
 
 std::size_t FindAttributeInTag(std::string_view tag, std::string_view name) {

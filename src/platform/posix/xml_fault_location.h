@@ -8,11 +8,15 @@
 
 namespace Nax::FrontEnd::XMLDB {
 
-/// Fills line, position and source text of all faults that have an offset.
+/// The fault of a source whose reading has failed.
+SXmlFault ReadingFault(const CXmlSource& source);
+
+/// Fills line, position and source text of all faults that have an offset. False when the source
+/// can no longer be read; then that is the one fault.
 ///
 /// One more sweep over the source, so the cost is linear in the source and the faults, however
 /// long its lines are; a few kilobytes of it are in memory at a time.
-void LocateFaults(CXmlSource& source, std::vector<SXmlFault>& faults);
+bool LocateFaults(CXmlSource& source, std::vector<SXmlFault>& faults);
 
 /// Where the attribute named `name` (as written) begins in a start tag's text; npos when it is not
 /// there. `tag` begins with '<'.

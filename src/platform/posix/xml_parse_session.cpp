@@ -2,6 +2,7 @@
 #include "xml_parse_session.h"
 
 #include "xml_com_object.h"
+#include "xml_fault_location.h"
 #include "xml_fault_text.h"
 
 #include <libxml/SAX2.h>
@@ -81,8 +82,7 @@ void CXmlParseSession::Run(xmlSAXHandler& handler) {
     }
     m_memory.ThrowIfFailed();
     if (!m_source.Failure().empty()) {
-        m_fatal = SXmlFault{.code = XML_IO_UNKNOWN,
-                            .reason = "The file cannot be read: " + m_source.Failure() + "."};
+        m_fatal = ReadingFault(m_source);
         return;
     }
     CheckNames();

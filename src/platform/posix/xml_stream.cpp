@@ -51,7 +51,9 @@ SXmlFaultList CXmlStream::Parse() {
         m_faults.faults.assign(1, *Fatal());
         m_faults.total = 1;
     }
-    LocateFaults(m_source, m_faults.faults);
+    if (!LocateFaults(m_source, m_faults.faults)) {
+        m_faults.total = 1;
+    }
     return std::move(m_faults);
 }
 

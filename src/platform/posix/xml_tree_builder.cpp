@@ -128,6 +128,10 @@ std::shared_ptr<CXmlTree> BuildTree(CXmlSource& source, const std::string& url,
         RemoveBlankTexts(document.get());
     }
     AddDeclaration(document.get(), source.Declaration());
+    if (!source.Failure().empty()) {
+        fault = ReadingFault(source);
+        return nullptr;
+    }
     SetOrigin(document.get(), url);
     return std::make_shared<CXmlTree>(std::move(document));
 }

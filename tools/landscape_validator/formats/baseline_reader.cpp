@@ -2,18 +2,16 @@
 #include "findings.h"
 #include "formats/baseline.h"
 #include "formats/text_encoding.h"
+#include "readable_file.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <initializer_list>
-#include <iterator>
 #include <limits>
 #include <stdexcept>
 #include <system_error>
@@ -233,11 +231,8 @@ bool ReadBaseline(const std::string& path, SBaseline& baseline, std::string& rea
         reason = "It is a folder";
         return false;
     }
-    errno = 0;
-    std::ifstream file(path, std::ios::binary);
-    const std::string text(std::istreambuf_iterator<char>(file), {});
-    if (!file) {
-        reason = std::generic_category().message(errno);
+    std::string text;
+    if (!ReadFile(path, text, reason)) {
         return false;
     }
     try {

@@ -143,10 +143,15 @@ bool CFindingsOutput::CheckTarget(const std::string& target, const SRunOutcome& 
 }
 
 bool CFindingsOutput::Prepare() {
+    const std::string& target = m_report.writeBaseline;
     std::error_code error;
+    const fs::file_type type =
+        target.empty() ? fs::file_type::not_found : fs::status(target, error).type();
+    if (type == fs::file_type::none) { // it may hold suppressions, which are taken over
+        return Fail(fmt::format("cannot use the baseline '{}': {}", target, error.message()));
+    }
     return (m_report.baseline.empty() || ReadBaselineFile(m_report.baseline, m_baseline)) &&
-           (m_report.writeBaseline.empty() || !fs::is_regular_file(m_report.writeBaseline, error) ||
-            ReadBaselineFile(m_report.writeBaseline, m_replaced));
+           (type != fs::file_type::regular || ReadBaselineFile(target, m_replaced));
 }
 
 bool CFindingsOutput::ReadBaselineFile(const std::string& path, SBaseline& baseline) {

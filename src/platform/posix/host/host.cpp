@@ -124,6 +124,10 @@ void LetLimitsFailWrites() {
     std::signal(SIGXFSZ, SIG_IGN);
 }
 
+void LetClosedPipesFailWrites() {
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
 void WatchStopSignals() {
     struct sigaction action = {};
     action.sa_handler = &RequestStop;

@@ -82,6 +82,21 @@ std::string AbsoluteVariable(const char* name) {
     return value != nullptr && *value == '/' ? value : "";
 }
 
+/// Failures to read are not among the messages that a reader's options switch off.
+class CSilentXmlLibrary {
+public:
+    CSilentXmlLibrary() {
+        xmlSetStructuredErrorFunc(nullptr, [](void*, xmlErrorPtr) {});
+    }
+    CSilentXmlLibrary(const CSilentXmlLibrary&) = delete;
+    CSilentXmlLibrary& operator=(const CSilentXmlLibrary&) = delete;
+    ~CSilentXmlLibrary() { xmlSetStructuredErrorFunc(m_context, m_earlier); }
+
+private:
+    const xmlStructuredErrorFunc m_earlier = xmlStructuredError;
+    void* const m_context = xmlStructuredErrorContext;
+};
+
 struct SReaderDeleter {
     void operator()(xmlTextReader* reader) const { xmlFreeTextReader(reader); }
 };
@@ -108,6 +123,8 @@ bool FitsPattern(const std::string& name, const std::string& pattern) {
 }
 
 std::string ReadRootElement(const std::string& path) {
+    // What is wrong with the file is told by whoever reads it in earnest.
+    const CSilentXmlLibrary silence;
     constexpr int kOptions = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
     const std::unique_ptr<xmlTextReader, SReaderDeleter> reader(
         xmlReaderForFile(path.c_str(), nullptr, kOptions));

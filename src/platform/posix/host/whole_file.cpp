@@ -207,9 +207,11 @@ bool WriteFile(const std::string& path, mode_t mode, bool toDisk, const Write& w
     int code = 0;
     if (fs::exists(status) && !fs::is_regular_file(status)) {
         code = WriteInto(path, write);
-    } else {
+    } else if (status.type() == fs::file_type::not_found) {
+        code = Replace(path, status, mode, toDisk, write);
+    } else { // through a link
         const fs::path real = fs::exists(status) ? fs::canonical(path, error) : fs::path();
-        code = Replace(real.empty() ? fs::path(path) : real, status, mode, toDisk, write);
+        code = error ? error.value() : Replace(real, status, mode, toDisk, write);
     }
     reason = code == 0 ? std::string() : Message(code);
     return code == 0;

@@ -40,6 +40,10 @@ void EndOnMissingMemory(std::string_view text, int exitCode);
 /// From now on writing beyond a file-size limit fails as on a full disk.
 void LetLimitsFailWrites();
 
+/// From now on writing to a pipe or a connection that nobody reads any more fails, instead of
+/// ending the program before its files are written.
+void LetClosedPipesFailWrites();
+
 /// From now on a signal that asks the program to stop (Ctrl-C, termination, hang-up) only sets a
 /// flag, so that work files can be cleared away; the second one ends the program.
 void WatchStopSignals();

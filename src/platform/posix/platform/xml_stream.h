@@ -15,5 +15,7 @@ HRESULT LoadAndReport(IXMLDOMDocument2* document, const VARIANT& source, IXmlEle
 /// Tells a violation of the schema from a fault of the document itself (unreadable, not
 /// well-formed) by a parse error's code.
 bool IsSchemaFault(long errorCode) noexcept;
+/// The same for what the system could not open or read.
+bool IsReadingFault(long errorCode) noexcept;
 
 } // namespace Nax::FrontEnd::XMLDB
