@@ -3,10 +3,12 @@
 
 #include "formats/text_encoding.h"
 
+#include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <filesystem>
 #include <string_view>
 #include <vector>
@@ -38,10 +40,17 @@ std::string Quoted(const std::string& text) {
     return plain ? "'" + text + "'" : '"' + escaped + '"';
 }
 
+/// True for a number that stands in a file as it stands here: one of TOML has neither "007" nor
+/// ".5", and "1.50" would come back as another text.
+bool IsPlainNumber(const std::string& text) {
+    double number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return text.find_first_not_of("0123456789.") == std::string::npos &&
+           fmt::format("{}", number) == text;
+}
+
 std::string TextOf(const CLI::Option& option, const std::string& value) {
-    const bool plain = IsNumber(option) && !value.empty() &&
-                       value.find_first_not_of("0123456789+-.") == std::string::npos;
-    return plain ? value : Quoted(value);
+    return IsNumber(option) && IsPlainNumber(value) ? value : Quoted(value);
 }
 
 /// A list's default is one text, "[a,b]".
@@ -127,11 +136,9 @@ std::string ReadTruth(const std::string& text) {
     return {};
 }
 
-std::string TextOfValue(CLI::Option& option, const std::string& key) {
+std::string TextOfValue(CLI::Option& option) {
     if (IsFlag(option)) {
-        const std::string set = option.get_flag_value(key, "true");
-        const bool on = option.count() > 0 && option.results().back() == set;
-        return on ? "true" : "false";
+        return option.count() > 0 ? ReadTruth(option.results().back()) : "false";
     }
     if (option.count() == 0) {
         option.capture_default_str();
