@@ -162,6 +162,7 @@ include-root = "x"|bad.toml:1: --include-root: 'x' is not of the form
 format = "x"|bad.toml:1: --format: 'x' is no format
 output-file = ["text=a", "x=b"]|bad.toml:1: --output-file: 'x' is no format
 output = ""|bad.toml:1: 'output': the value is empty
+write-baseline = "a\\u0000b"|bad.toml:1: 'write-baseline': the value holds a zero character
 rules = ["", "x"]|bad.toml:1: 'rules': the value is empty
 END
 # The other commands take what they share with validate, and only that.

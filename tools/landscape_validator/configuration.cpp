@@ -45,9 +45,13 @@ void RequireTruths(const CLI::Option& flag) {
 }
 
 /// A text that a script left empty is no folder, no file and no name; it must not mean the default.
+/// Nor may it be cut short, as the system does at a zero character in the name of a file.
 void RequireText(const std::string& origin, const std::vector<std::string>& values) {
-    if (Contains(values, "")) {
-        Throw(fmt::format("{}: the value is empty", origin));
+    for (const std::string& value : values) {
+        if (value.empty() || value.find('\0') != std::string::npos) {
+            Throw(fmt::format("{}: the value {}", origin,
+                              value.empty() ? "is empty" : "holds a zero character"));
+        }
     }
 }
 
