@@ -296,7 +296,7 @@ std::string CStatementGuard::Describe(int code) const {
         return "out of memory";
     }
     if ((code & 0xff) == SQLITE_NOMEM) {
-        return "stopped: it needs more than 128 MB of memory, or a statement more than 20,000 "
+        return "stopped: it needs more than 128 MB of memory, or a statement more than 10,000 "
                "instructions";
     }
     return state.connection == nullptr ? "there is no database" : sqlite3_errmsg(state.connection);
