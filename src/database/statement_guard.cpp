@@ -168,6 +168,12 @@ std::optional<CStatementGuard::Statement> CStatementGuard::PrepareStatement(
                  " is not known, and nothing would stand for it");
         return std::nullopt;
     }
+    if (sqlite3_stmt_isexplain(prepared) != 0 && state.policy.MayInsert()) {
+        // It was asked about as an insert, and a rule of which nothing inserts must not pass.
+        state.policy.Deny("EXPLAIN");
+        FailWith(Describe(SQLITE_AUTH));
+        return std::nullopt;
+    }
     if (prepared != nullptr && sqlite3_stmt_readonly(prepared) == 0 && !state.policy.MayInsert()) {
         // Asks nobody until it runs, and then under the name of what it is made of; the others find
         // nothing to do, as DROP TABLE IF EXISTS does.

@@ -73,7 +73,7 @@ REFUSED = [
     *((word, f"not allowed: {word.split()[0]}") for word in ("BEGIN", "BEGIN EXCLUSIVE", "COMMIT", "ROLLBACK",
                                                              "SAVEPOINT s", "REINDEX", "ANALYZE")),
     ("RELEASE s", "not allowed: SAVEPOINT"), ("ROLLBACK TO s", "not allowed: SAVEPOINT"),
-    ("EXPLAIN DROP TABLE Files", "not allowed: DROP of a table"),
+    ("EXPLAIN DROP TABLE Files", "not allowed: DROP of a table"), ("EXPLAIN " + GOOD, "not allowed: EXPLAIN"),
     (GOOD + "; DROP TABLE Files", "statement 2 of 2: not allowed: DROP"),
     (GOOD + "; /* ; */ DROP TABLE Files", "statement 3 of 3: "),
     (GOOD + ", (SELECT load_extension('x'))", "not allowed: the function load_extension"),
