@@ -138,6 +138,9 @@ HOME=$work/home/work check 'not above the home folder' 0 'No configuration file'
 chmod 1777 ../../work
 check 'not beyond a folder of everybody' 0 'No configuration file' --show-config
 
+mkdir -p real/deep && ln -s real/deep link && printf 'rules = ["../r.xml", "./a//b"]' >link/c.toml
+check 'above the target of a link' 0 "rules = ['link/../r.xml', 'link/a/b']" --config link/c.toml --show-config
+
 while IFS='|' read -r content message; do
   printf '%b' "$content" >bad.toml
   check 'bad configuration' 2 "$message" --config bad.toml ../../conf/b.xml

@@ -11,6 +11,7 @@
 #include <charconv>
 #include <filesystem>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 namespace LandscapeValidator {
@@ -118,7 +119,12 @@ std::string RelativeTo(const std::string& folder, const std::string& value,
     if (path.empty() || path == "-") {
         return value;
     }
-    return head + (fs::path(folder) / path).lexically_normal().string();
+    const fs::path joined = fs::path(folder) / path;
+    const fs::path brief = joined.lexically_normal();
+    // "link/.." is not the folder that holds the link.
+    std::error_code error;
+    const bool same = fs::weakly_canonical(joined, error) == fs::weakly_canonical(brief, error);
+    return head + (same && !error ? brief : joined).string();
 }
 
 std::string ReadTruth(const std::string& text) {
