@@ -140,6 +140,11 @@ check 'not beyond a folder of everybody' 0 'No configuration file' --show-config
 
 mkdir -p real/deep && ln -s real/deep link && printf 'rules = ["../r.xml", "./a//b"]' >link/c.toml
 check 'above the target of a link' 0 "rules = ['link/../r.xml', 'link/a/b']" --config link/c.toml --show-config
+printf '<Landscape updated="1"/>' >real/r.xml
+printf '<Landscape updated="1"><Includes><Include url="../r.xml" index="0"/></Includes></Landscape>' >link/i.xml
+for words in 'link/../r*.xml' link/.. link/i.xml; do
+  check 'above the target of a link' 0 '"link/../r.xml"' --no-config -f json "$words"
+done
 
 while IFS='|' read -r content message; do
   printf '%b' "$content" >bad.toml

@@ -2,6 +2,7 @@
 #include "configured_value.h"
 
 #include "formats/text_encoding.h"
+#include "platform/brief_path.h"
 
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
@@ -11,7 +12,6 @@
 #include <charconv>
 #include <filesystem>
 #include <string_view>
-#include <system_error>
 #include <vector>
 
 namespace LandscapeValidator {
@@ -119,12 +119,7 @@ std::string RelativeTo(const std::string& folder, const std::string& value,
     if (path.empty() || path == "-") {
         return value;
     }
-    const fs::path joined = fs::path(folder) / path;
-    const fs::path brief = joined.lexically_normal();
-    // "link/.." is not the folder that holds the link.
-    std::error_code error;
-    const bool same = fs::weakly_canonical(joined, error) == fs::weakly_canonical(brief, error);
-    return head + (same && !error ? brief : joined).string();
+    return head + Nax::FrontEnd::XMLDB::BriefPath(fs::path(folder) / path).string();
 }
 
 std::string ReadTruth(const std::string& text) {

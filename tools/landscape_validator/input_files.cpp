@@ -2,6 +2,7 @@
 #include "input_files.h"
 
 #include "command_line.h"
+#include "platform/brief_path.h"
 #include "platform/host_files.h"
 
 #include <fmt/format.h>
@@ -91,7 +92,7 @@ private:
 
     void Step(const fs::path& path, std::size_t next, bool last) {
         if (last && MayBeFile(path)) {
-            m_found.insert(path.lexically_normal().string());
+            m_found.insert(Nax::FrontEnd::XMLDB::BriefPath(path).string());
         } else if (!last && IsFolder(path)) {
             Walk(path, next);
         }
