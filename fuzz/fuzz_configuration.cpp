@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Configuration files: a message that names file and line, or values; and what --show-config lists
-// is a configuration file that gives the same list.
+// Configuration files: a message that names file and line, or values; what --show-config lists is a
+// configuration file that gives the same list, and so does a command line of the same values.
 #include "fuzz_support.h"
 
 #include "command_line.h"
@@ -20,12 +20,11 @@ struct SAnswer {
     std::string err;
 };
 
-SAnswer ShowConfiguration(const std::string& path) {
+SAnswer Show(const std::vector<std::string>& words) {
     std::ostringstream out;
     std::ostringstream err;
     ExitCode exitCode = ExitCode::Clean;
-    const Command command =
-        ParseCommandLine({"--config", path, "--show-config"}, out, err, exitCode);
+    const Command command = ParseCommandLine(words, out, err, exitCode);
     SAnswer answer;
     answer.known = static_cast<bool>(command);
     if (command) {
@@ -56,6 +55,37 @@ std::string ValuesOf(const std::string& list, const std::string& folder) {
     return values;
 }
 
+SAnswer ShowConfiguration(const std::string& path) {
+    return Show({"--config", path, "--show-config"});
+}
+
+/// The values of a file that --show-config has made, as a command line.
+std::vector<std::string> WordsOf(const std::string& path) {
+    std::vector<std::string> words{"--no-config", "--show-config"};
+    std::vector<std::string> files{"--"};
+    for (const auto& [key, value] : ReadConfigurationFile(path).values) {
+        for (const std::string& text : value.values) {
+            if (key == "files") {
+                files.push_back(text);
+            } else {
+                words.push_back("--" + key + "=" + text);
+            }
+        }
+    }
+    words.insert(words.end(), files.begin(), files.end());
+    return words;
+}
+
+/// What only a run looks at: it is refused with a message, or known.
+void CheckRun(const std::string& path) {
+    std::ostringstream out;
+    std::ostringstream err;
+    ExitCode exitCode = ExitCode::Clean;
+    const Command run = ParseCommandLine({"--config", path, "any.xml"}, out, err, exitCode);
+    Require(run != nullptr || (exitCode == ExitCode::Failure && !err.str().empty()),
+            "a run that is refused says why", err.str());
+}
+
 void CheckReader(const std::string& path) {
     try {
         const SConfigurationFile file = ReadConfigurationFile(path);
@@ -83,9 +113,15 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
                 answer.err);
         return 0;
     }
-    const SAnswer again = ShowConfiguration(scratch.Write("shown.toml", answer.out));
+    const std::string shown = scratch.Write("shown.toml", answer.out);
+    const SAnswer again = ShowConfiguration(shown);
     Require(again.known, "what is shown is a configuration file", answer.out + again.err);
     Require(ValuesOf(again.out, scratch.Folder()) == ValuesOf(answer.out, scratch.Folder()),
             "it holds the same values", answer.out + "\n---\n" + again.out);
+    const SAnswer words = Show(WordsOf(shown));
+    Require(words.known &&
+                ValuesOf(words.out, scratch.Folder()) == ValuesOf(answer.out, scratch.Folder()),
+            "a command line gives the same values", answer.out + "\n---\n" + words.out + words.err);
+    CheckRun(path);
     return 0;
 }

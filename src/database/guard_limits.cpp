@@ -17,12 +17,14 @@ constexpr std::uint64_t kRegexpCost = 50'000'000;
 
 // SQLite looks at the clock only where a program jumps. In one that is a single row of calls, each
 // of which reads long texts, it would not for minutes.
-constexpr int kInstructions = 25'000; // it doubles the room for them and ends at 21,504
+constexpr int kInstructions = 12'000; // it doubles the room for them and ends at 10,752
+// LIKE and GLOB may compare each character of a text with all of a pattern.
+constexpr int kPatternBytes = 250;
 
 constexpr std::array<std::pair<int, int>, 6> kLimits = {{
     std::pair{SQLITE_LIMIT_LENGTH, 200'000},
     std::pair{SQLITE_LIMIT_SQL_LENGTH, 1'000'000},
-    std::pair{SQLITE_LIMIT_LIKE_PATTERN_LENGTH, 1'000},
+    std::pair{SQLITE_LIMIT_LIKE_PATTERN_LENGTH, kPatternBytes},
     std::pair{SQLITE_LIMIT_VDBE_OP, kInstructions},
     std::pair{SQLITE_LIMIT_ATTACHED, 0},
     std::pair{SQLITE_LIMIT_WORKER_THREADS, 0},

@@ -20,6 +20,8 @@ constexpr std::array<std::string_view, 10> kCostlyFunctions = {
     "instr", "replace", "trim",   "ltrim",   "rtrim",
     "like",  "glob",    "regexp", "regexpi", "json_patch"};
 constexpr int kMostCostlyCalls = 20;
+// Any other may still have to read a long text, such as json(), within a millisecond.
+constexpr int kMostCalls = 250;
 
 // Those that reach beyond the database, where a build or a host has them.
 constexpr std::array<std::string_view, 6> kRefusedFunctions = {
@@ -105,6 +107,7 @@ CGuardPolicy::CGuardPolicy(GuardAccess access) : m_access(access) {}
 
 void CGuardPolicy::BeginStatement() {
     m_denied.clear();
+    m_calls = 0;
     m_costlyCalls = 0;
     m_mayInsert = false;
 }
@@ -131,8 +134,10 @@ bool CGuardPolicy::Allows(int action, std::string_view object, std::string_view 
         case SQLITE_RECURSIVE:
             return true;
         case SQLITE_FUNCTION:
+            ++m_calls;
             m_costlyCalls += Contains(kCostlyFunctions, function) ? 1 : 0;
-            return !Contains(kRefusedFunctions, function) && m_costlyCalls <= kMostCostlyCalls;
+            return !Contains(kRefusedFunctions, function) && m_costlyCalls <= kMostCostlyCalls &&
+                   m_calls <= kMostCalls;
         case SQLITE_INSERT:
             if (m_access == GuardAccess::InsertResults && EqualIgnoringCase(object, kResults) &&
                 schema == "temp") {
@@ -154,6 +159,8 @@ int CGuardPolicy::Authorize(void* self, int action, const char* object, const ch
     }
     if (policy.m_denied.empty() && policy.m_costlyCalls > kMostCostlyCalls) {
         policy.m_denied = "more than 20 searches in texts in one statement";
+    } else if (policy.m_denied.empty() && policy.m_calls > kMostCalls) {
+        policy.m_denied = "more than 250 calls of functions in one statement";
     } else if (policy.m_denied.empty() || action == SQLITE_ANALYZE) {
         // ANALYZE asks for a table of its own first.
         policy.m_denied = DescribeAction(action, TextOf(object), TextOf(second), TextOf(schema));

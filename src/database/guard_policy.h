@@ -38,7 +38,8 @@ private:
 
     GuardAccess m_access;
     std::string m_denied;
-    int m_costlyCalls = 0; ///< in the statement that is being prepared
+    int m_calls = 0; ///< in the statement that is being prepared
+    int m_costlyCalls = 0;
     bool m_hasInsert = false;
     bool m_mayInsert = false;
 };

@@ -168,6 +168,12 @@ std::optional<CStatementGuard::Statement> CStatementGuard::PrepareStatement(
                  " is not known, and nothing would stand for it");
         return std::nullopt;
     }
+    if (sqlite3_stmt_isexplain(prepared) != 0 && state.policy.MayInsert()) {
+        // It was asked about as an insert, and a rule of which nothing inserts must not pass.
+        state.policy.Deny("EXPLAIN");
+        FailWith(Describe(SQLITE_AUTH));
+        return std::nullopt;
+    }
     if (prepared != nullptr && sqlite3_stmt_readonly(prepared) == 0 && !state.policy.MayInsert()) {
         // Asks nobody until it runs, and then under the name of what it is made of; the others find
         // nothing to do, as DROP TABLE IF EXISTS does.
@@ -296,7 +302,7 @@ std::string CStatementGuard::Describe(int code) const {
         return "out of memory";
     }
     if ((code & 0xff) == SQLITE_NOMEM) {
-        return "stopped: it needs more than 128 MB of memory, or a statement more than 20,000 "
+        return "stopped: it needs more than 128 MB of memory, or a statement more than 10,000 "
                "instructions";
     }
     return state.connection == nullptr ? "there is no database" : sqlite3_errmsg(state.connection);

@@ -117,8 +117,11 @@ check 'environment over file' 1 'Checked 3 files'
 check 'flag over all' 0 'Checked 3 files' --fail-on never
 check 'flag taken back' 0 "$(printf '%-40s # %s' 'json = false' 'command line')" --json=false --show-config
 check 'files over configuration' 0 'Checked 1 file ' ../../conf/b.xml
+check 'flag in another word' 0 "$(printf '%-40s # %s' 'json = true' 'command line')" --json=yes --show-config
+check 'flag in no word' 2 "--json: '2' is neither true nor false" --json=2
 for option in output rules write-baseline config; do
   check 'empty value' 2 "--$option: the value is empty" "--$option" '' --show-config
+  check 'empty value' 2 "--$option: the value is empty" "--$option=" ../../conf/b.xml
 done
 check 'files behind dashes' 0 "files = ['-x.xml']" --show-config -- -x.xml
 check 'no configuration' 2 'FILE is required' --no-config
@@ -134,6 +137,14 @@ check 'the same again' 0 "files = ['../../conf', '../../main.xml']" --config ../
 HOME=$work/home/work check 'not above the home folder' 0 'No configuration file' --show-config
 chmod 1777 ../../work
 check 'not beyond a folder of everybody' 0 'No configuration file' --show-config
+
+mkdir -p real/deep && ln -s real/deep link && printf 'rules = ["../r.xml", "./a//b"]' >link/c.toml
+check 'above the target of a link' 0 "rules = ['link/../r.xml', 'link/a/b']" --config link/c.toml --show-config
+printf '<Landscape updated="1"/>' >real/r.xml
+printf '<Landscape updated="1"><Includes><Include url="../r.xml" index="0"/></Includes></Landscape>' >link/i.xml
+for words in 'link/../r*.xml' link/.. link/i.xml; do
+  check 'above the target of a link' 0 '"link/../r.xml"' --no-config -f json "$words"
+done
 
 while IFS='|' read -r content message; do
   printf '%b' "$content" >bad.toml
@@ -156,7 +167,10 @@ config = "x"|bad.toml:1: 'config' cannot be set in a configuration file
 show-config = true|bad.toml:1: 'show-config' cannot be set
 version = true|bad.toml:1: 'version' cannot be set
 include-root = "x"|bad.toml:1: --include-root: 'x' is not of the form
+format = "x"|bad.toml:1: --format: 'x' is no format
+output-file = ["text=a", "x=b"]|bad.toml:1: --output-file: 'x' is no format
 output = ""|bad.toml:1: 'output': the value is empty
+write-baseline = "a\\u0000b"|bad.toml:1: 'write-baseline': the value holds a zero character
 rules = ["", "x"]|bad.toml:1: 'rules': the value is empty
 END
 # The other commands take what they share with validate, and only that.

@@ -49,13 +49,30 @@ struct SWords {
     std::vector<std::string> files;
 };
 
-/// True for the name of an option, of any command, behind which a value stands.
+/// The option of that name, of any command; null when there is none.
+const CLI::Option* FindOption(const CLI::App& app, const std::string& name) {
+    const CLI::Option* option = app.get_option_no_throw(name);
+    for (const CLI::App* command : app.get_subcommands({})) {
+        option = option == nullptr ? FindOption(*command, name) : option;
+    }
+    return option;
+}
+
+/// True for the name of an option behind which a value stands.
 bool TakesValue(const CLI::App& app, const std::string& name) {
-    const CLI::Option* const option = app.get_option_no_throw(name);
-    const std::vector<const CLI::App*> commands = app.get_subcommands({});
-    return (option != nullptr && option->get_items_expected_max() > 0) ||
-           std::any_of(commands.begin(), commands.end(),
-                       [&name](const CLI::App* command) { return TakesValue(*command, name); });
+    const CLI::Option* const option = FindOption(app, name);
+    return option != nullptr && option->get_items_expected_max() > 0;
+}
+
+/// For "--output=" CLI11 takes the next word, which is a FILE; a script has left something empty.
+void RefuseEmptyValues(const CLI::App& app, const std::vector<std::string>& words) {
+    for (const std::string& word : words) {
+        const std::string name = word.substr(0, word.find('='));
+        if (name.size() + 1 == word.size() && name.starts_with("--") &&
+            FindOption(app, name) != nullptr) {
+            throw CLI::ValidationError(name, "the value is empty");
+        }
+    }
 }
 
 /// CLI11 takes a FILE "[a,b]" for a list of two; with a folder in front it is the name that it is.
@@ -105,6 +122,7 @@ Command ParseCommandLine(const std::vector<std::string>& arguments, std::ostream
     DefineCommands(app, words.files, chosen);
     try {
         std::vector<std::string> remaining = words.words;
+        RefuseEmptyValues(app, remaining);
         KeepNamesInBrackets(app, remaining);
         app.parse(remaining);
         return chosen;

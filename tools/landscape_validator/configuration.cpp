@@ -35,10 +35,23 @@ constexpr std::array<std::string_view, 3> kNoKeys = {"help", "help-all", "versio
     throw CLI::ConfigError(PrintableLines(message));
 }
 
+/// CLI11 takes any number and some letters for a truth.
+void RequireTruths(const CLI::Option& flag) {
+    for (const std::string& text : flag.results()) {
+        if (ReadTruth(text).empty()) {
+            Throw(fmt::format("{}: '{}' is neither true nor false", flag.get_name(), text));
+        }
+    }
+}
+
 /// A text that a script left empty is no folder, no file and no name; it must not mean the default.
+/// Nor may it be cut short, as the system does at a zero character in the name of a file.
 void RequireText(const std::string& origin, const std::vector<std::string>& values) {
-    if (Contains(values, "")) {
-        Throw(fmt::format("{}: the value is empty", origin));
+    for (const std::string& value : values) {
+        if (value.empty() || value.find('\0') != std::string::npos) {
+            Throw(fmt::format("{}: the value {}", origin,
+                              value.empty() ? "is empty" : "holds a zero character"));
+        }
     }
 }
 
@@ -106,7 +119,9 @@ CConfiguration::CConfiguration(CLI::App& command)
             }
             SEntry entry{option, key, Source::Default, "default"};
             if (option->count() > 0) {
-                if (!option->get_positional()) {
+                if (IsFlag(*option)) {
+                    RequireTruths(*option);
+                } else if (!option->get_positional()) {
                     RequireText(option->get_name(), option->results());
                 }
                 entry.source = Source::CommandLine;
@@ -259,7 +274,7 @@ std::string CConfiguration::List() const {
         if (Contains(kOwnKeys, entry.key)) {
             continue;
         }
-        const std::string value = TextOfValue(*entry.option, entry.key);
+        const std::string value = TextOfValue(*entry.option);
         const std::string line = value.empty() ? fmt::format("# {} is not set", entry.key)
                                                : fmt::format("{} = {}", entry.key, value);
         list += fmt::format("{:<40} # {}\n", line, entry.origin);

@@ -2,11 +2,14 @@
 #include "configured_value.h"
 
 #include "formats/text_encoding.h"
+#include "platform/brief_path.h"
 
+#include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <filesystem>
 #include <string_view>
 #include <vector>
@@ -38,10 +41,17 @@ std::string Quoted(const std::string& text) {
     return plain ? "'" + text + "'" : '"' + escaped + '"';
 }
 
+/// True for a number that stands in a file as it stands here: one of TOML has neither "007" nor
+/// ".5", and "1.50" would come back as another text.
+bool IsPlainNumber(const std::string& text) {
+    double number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return text.find_first_not_of("0123456789.") == std::string::npos &&
+           fmt::format("{}", number) == text;
+}
+
 std::string TextOf(const CLI::Option& option, const std::string& value) {
-    const bool plain = IsNumber(option) && !value.empty() &&
-                       value.find_first_not_of("0123456789+-.") == std::string::npos;
-    return plain ? value : Quoted(value);
+    return IsNumber(option) && IsPlainNumber(value) ? value : Quoted(value);
 }
 
 /// A list's default is one text, "[a,b]".
@@ -109,7 +119,7 @@ std::string RelativeTo(const std::string& folder, const std::string& value,
     if (path.empty() || path == "-") {
         return value;
     }
-    return head + (fs::path(folder) / path).lexically_normal().string();
+    return head + Nax::FrontEnd::XMLDB::BriefPath(fs::path(folder) / path).string();
 }
 
 std::string ReadTruth(const std::string& text) {
@@ -127,11 +137,9 @@ std::string ReadTruth(const std::string& text) {
     return {};
 }
 
-std::string TextOfValue(CLI::Option& option, const std::string& key) {
+std::string TextOfValue(CLI::Option& option) {
     if (IsFlag(option)) {
-        const std::string set = option.get_flag_value(key, "true");
-        const bool on = option.count() > 0 && option.results().back() == set;
-        return on ? "true" : "false";
+        return option.count() > 0 ? ReadTruth(option.results().back()) : "false";
     }
     if (option.count() == 0) {
         option.capture_default_str();

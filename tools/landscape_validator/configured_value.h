@@ -34,7 +34,7 @@ std::string RelativeTo(const std::string& folder, const std::string& value,
 std::string ReadTruth(const std::string& text);
 
 /// An option's present or default value, as a configuration file would hold it; empty when it has
-/// none. `key` is the name, where a flag has an opposite.
-std::string TextOfValue(CLI::Option& option, const std::string& key);
+/// none.
+std::string TextOfValue(CLI::Option& option);
 
 } // namespace LandscapeValidator

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "include_resolver.h"
 
+#include "platform/brief_path.h"
 #include "platform/url.h"
 #include "printable.h"
 
@@ -12,6 +13,7 @@
 
 namespace LandscapeValidator {
 
+using Nax::FrontEnd::XMLDB::BriefPath;
 using Nax::FrontEnd::XMLDB::DotSegments;
 using Nax::FrontEnd::XMLDB::ParseUrl;
 using Nax::FrontEnd::XMLDB::SUrl;
@@ -84,7 +86,7 @@ fs::path ResolveLocal(const std::string& including, const std::string& url) {
     const fs::path folder = fs::path(including).parent_path();
     const std::string collapsed = WithoutSpaceAround(url);
     if (SchemeOf(collapsed) == "file") {
-        return (folder / FileUrlPath(collapsed)).lexically_normal();
+        return BriefPath(folder / FileUrlPath(collapsed));
     }
     std::string slashes = url;
     std::replace(slashes.begin(), slashes.end(), '\\', '/');
@@ -92,10 +94,10 @@ fs::path ResolveLocal(const std::string& including, const std::string& url) {
     for (const std::string& form :
          {url, collapsed, DecodePercent(collapsed), slashes, DecodePercent(withoutFragment)}) {
         if (const fs::path path = folder / form; Exists(path)) {
-            return path.lexically_normal();
+            return BriefPath(path);
         }
     }
-    return (folder / collapsed).lexically_normal();
+    return BriefPath(folder / collapsed);
 }
 
 /// True for what names a file of this machine wherever it stands: file:, a drive, a share.
@@ -165,7 +167,7 @@ bool ResolveByRoot(const SUrl& url, const SUrl& asWritten, const SIncludeOptions
         return false;
     }
     const fs::path rest = fs::path(RestOf(url.shown, *root)).lexically_normal().relative_path();
-    include.path = (fs::path(root->folder) / rest).lexically_normal().string();
+    include.path = BriefPath(fs::path(root->folder) / rest).string();
     include.identity = IdentityOfFile(include.path);
     return true;
 }

@@ -2,6 +2,7 @@
 #include "input_files.h"
 
 #include "command_line.h"
+#include "platform/brief_path.h"
 #include "platform/host_files.h"
 
 #include <fmt/format.h>
@@ -91,7 +92,7 @@ private:
         std::error_code error;
         const fs::file_status status = fs::status(path, error);
         if (last && MayBeFile(path, status)) {
-            m_found.insert(path.lexically_normal().string());
+            m_found.insert(Nax::FrontEnd::XMLDB::BriefPath(path).string());
         } else if (!last && fs::is_directory(status)) {
             Walk(path, next);
         } else if (status.type() == fs::file_type::none &&

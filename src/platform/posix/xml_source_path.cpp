@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "platform/brief_path.h"
 #include "xml_com_object.h"
 #include "xml_source.h"
 
@@ -78,7 +79,7 @@ std::string LocalPathOf(std::string_view pathOrUrl) {
 }
 
 std::string FileUrlOf(const std::string& path) {
-    const std::string absolute = std::filesystem::absolute(path).lexically_normal().string();
+    const std::string absolute = BriefPath(std::filesystem::absolute(path)).string();
     std::string url = "file://";
     for (const char character : absolute) {
         const bool plain = (character >= 'a' && character <= 'z') ||

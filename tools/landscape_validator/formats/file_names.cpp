@@ -2,6 +2,7 @@
 #include "formats/file_names.h"
 
 #include "file_list.h"
+#include "platform/brief_path.h"
 
 #include <filesystem>
 #include <system_error>
@@ -26,7 +27,7 @@ std::string Real(const fs::path& folder) {
 CFileNames::CFileNames(const std::string& folder) : m_folder(Real(folder)) {}
 
 std::string CFileNames::Absolute(const std::string& path) {
-    const fs::path normal = fs::path(path).lexically_normal();
+    const fs::path normal = Nax::FrontEnd::XMLDB::BriefPath(path);
     const std::string parent = normal.parent_path().string();
     auto [found, isNew] = m_folders.try_emplace(parent);
     if (isNew) {

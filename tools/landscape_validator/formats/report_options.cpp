@@ -20,25 +20,30 @@ namespace {
 
 constexpr char kFormatNames[] = "text, json, sarif, junit, github";
 
-const std::map<std::string, Format, std::less<>> kFormats = {{"text", Format::Text},
-                                                             {"json", Format::Json},
-                                                             {"sarif", Format::Sarif},
-                                                             {"junit", Format::Junit},
-                                                             {"github", Format::Github}};
+const std::map<std::string, Format> kFormats = {{"text", Format::Text},
+                                                {"json", Format::Json},
+                                                {"sarif", Format::Sarif},
+                                                {"junit", Format::Junit},
+                                                {"github", Format::Github}};
 
 const std::map<std::string, Severity> kSeverities = {
     {"error", Severity::Error}, {"warning", Severity::Warning}, {"info", Severity::Info}};
 
-[[noreturn]] void Refuse(const std::string& option, const std::string& why) {
-    throw CLI::ValidationError(option, why);
+/// Empty when it is one.
+std::string WhyNoFormat(const std::string& name) {
+    return kFormats.contains(name) ? std::string()
+                                   : "'" + name + "' is no format; there are " + kFormatNames;
 }
 
-Format FormatOf(const std::string& option, const std::string& name) {
-    const auto found = kFormats.find(name);
-    if (found == kFormats.end()) {
-        Refuse(option, "'" + name + "' is no format; there are " + kFormatNames);
-    }
-    return found->second;
+std::string WhyNoOutputFile(const std::string& word) {
+    const std::size_t equals = word.find('=');
+    return equals == std::string::npos || equals + 1 == word.size()
+               ? "'" + word + "' is not of the form FORMAT=FILE"
+               : WhyNoFormat(word.substr(0, equals));
+}
+
+[[noreturn]] void Refuse(const std::string& option, const std::string& why) {
+    throw CLI::ValidationError(option, why);
 }
 
 /// The file of each selected format; empty for standard output.
@@ -49,11 +54,8 @@ Selection ReadOutputFiles(const std::vector<std::string>& words) {
     Selection selection;
     for (const std::string& word : words) {
         const std::size_t equals = word.find('=');
-        if (equals == std::string::npos || equals + 1 == word.size()) {
-            Refuse(kOption, "'" + word + "' is not of the form FORMAT=FILE");
-        }
         std::string file = word.substr(equals + 1);
-        const Format format = FormatOf(kOption, word.substr(0, equals));
+        const Format format = kFormats.at(word.substr(0, equals));
         if (!selection.emplace(format, file == "-" ? "" : file).second) {
             Refuse(kOption, "a second file for " + word.substr(0, equals) + ": '" + file + "'");
         }
@@ -119,10 +121,12 @@ void AddReportOptions(CLI::App& command, SReportWords& words) {
     Repeatable(command.add_option("-f,--format", words.formats,
                                   "How findings are told: text, json, sarif, junit or github; may "
                                   "be repeated, all but one with a file"))
-        ->option_text("FORMAT [text]");
+        ->option_text("FORMAT [text]")
+        ->check(CLI::Validator([](std::string& name) { return WhyNoFormat(name); }, ""));
     Repeatable(command.add_option("--output-file", words.outputFiles,
                                   "File for a format, which this also selects; may be repeated"))
-        ->option_text("FORMAT=FILE");
+        ->option_text("FORMAT=FILE")
+        ->check(CLI::Validator([](std::string& word) { return WhyNoOutputFile(word); }, ""));
     command
         .add_option("--min-severity", words.minSeverity,
                     "Tell only findings of this severity or worse: error, warning, info; the exit "
@@ -144,7 +148,7 @@ void AddReportOptions(CLI::App& command, SReportWords& words) {
 SReportOptions ReadReportOptions(const SReportWords& words) {
     Selection selection = ReadOutputFiles(words.outputFiles);
     for (const std::string& name : words.formats) {
-        selection.emplace(FormatOf("--format", name), "");
+        selection.emplace(kFormats.at(name), "");
     }
     if (selection.empty()) {
         selection.emplace(Format::Text, "");
