@@ -76,7 +76,7 @@ void* AfterFailure(std::size_t size) noexcept {
 }
 
 /// What the reserve holds is not counted.
-void Count(const void* block, bool isNew) noexcept {
+void Count(void* block, bool isNew) noexcept {
     if (t_bound != nullptr && block != nullptr && !g_reserve.Holds(block)) {
         t_bound->Count(block, isNew);
     }
@@ -93,8 +93,8 @@ CBound::~CBound() {
     t_bound = nullptr;
 }
 
-void CBound::Count(const void* block, bool isNew) noexcept {
-    const auto size = static_cast<std::int64_t>(malloc_usable_size(const_cast<void*>(block)));
+void CBound::Count(void* block, bool isNew) noexcept {
+    const auto size = static_cast<std::int64_t>(malloc_usable_size(block));
     m_left -= isNew ? size : -size;
     if (isNew && m_left < 0) {
         m_exceeded = true;

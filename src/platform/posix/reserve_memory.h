@@ -29,7 +29,7 @@ public:
     ~CBound();
 
     bool IsExceeded() const noexcept { return m_exceeded; }
-    void Count(const void* block, bool isNew) noexcept;
+    void Count(void* block, bool isNew) noexcept;
 
 private:
     std::int64_t m_left;
