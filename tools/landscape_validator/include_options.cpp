@@ -3,12 +3,12 @@
 
 #include "command_line.h"
 #include "platform/url.h"
+#include "readable_file.h"
 
 #include <CLI/CLI.hpp>
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <optional>
 #include <system_error>
 
@@ -47,11 +47,14 @@ std::string WhyNoRoot(const std::string& text) {
                : "'" + root->folder + "' is not a folder";
 }
 
+constexpr std::size_t kMaxCertificates = std::size_t{16} << 20U;
+
 /// Told before the run instead of with each file that cannot be fetched.
 std::string WhyNoCertificates(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
-    const std::string text(std::istreambuf_iterator<char>(in), {});
-    return text.find("CERTIFICATE-----") != std::string::npos
+    std::string text;
+    return ReadAtMost(in, kMaxCertificates, text) &&
+                   text.find("CERTIFICATE-----") != std::string::npos
                ? std::string()
                : "'" + path + "' holds no certificate (PEM)";
 }

@@ -32,4 +32,13 @@ std::string WhyUnreadable(const std::string& path, Pipes pipes) {
     return file ? std::string() : std::generic_category().message(errno);
 }
 
+bool ReadAtMost(std::istream& in, std::size_t limit, std::string& text) {
+    std::string block(std::size_t{1} << 16U, '\0');
+    while (in && text.size() <= limit) {
+        in.read(block.data(), static_cast<std::streamsize>(block.size()));
+        text.append(block, 0, static_cast<std::size_t>(in.gcount()));
+    }
+    return text.size() <= limit;
+}
+
 } // namespace LandscapeValidator

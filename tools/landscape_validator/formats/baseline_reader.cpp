@@ -2,6 +2,7 @@
 #include "findings.h"
 #include "formats/baseline.h"
 #include "formats/text_encoding.h"
+#include "readable_file.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -23,6 +24,8 @@ namespace LandscapeValidator {
 namespace {
 
 using nlohmann::json;
+
+constexpr std::size_t kMaxSize = std::size_t{128} << 20U;
 
 /// What is wrong with a baseline, with its line as far as it is known.
 class CBaselineFault : public std::runtime_error {
@@ -235,8 +238,12 @@ bool ReadBaseline(const std::string& path, SBaseline& baseline, std::string& rea
     }
     errno = 0;
     std::ifstream file(path, std::ios::binary);
-    const std::string text(std::istreambuf_iterator<char>(file), {});
-    if (!file) {
+    std::string text;
+    if (!ReadAtMost(file, kMaxSize, text)) {
+        reason = "it is larger than 128 MB";
+        return false;
+    }
+    if (file.bad() || !file.is_open()) {
         reason = std::generic_category().message(errno);
         return false;
     }
