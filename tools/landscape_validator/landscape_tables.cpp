@@ -38,7 +38,8 @@ void CollectAttributes(IXMLDOMNode* document, Elements& elements) {
     std::vector<std::pair<IXMLDOMNodePtr, std::string>> open;
     open.emplace_back(document, std::string());
     while (!open.empty()) {
-        auto [node, element] = std::move(open.back());
+        const IXMLDOMNodePtr node = open.back().first;
+        std::string element = std::move(open.back().second);
         open.pop_back();
         const std::string kind = LocalName(NameOf(node));
         const std::string name = AttributeOf(node, L"name");
