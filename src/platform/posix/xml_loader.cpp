@@ -185,7 +185,7 @@ xmlParserInputPtr CXmlLibraryGuard::LoadAllowed(const std::string& url, xmlParse
 void CXmlLibraryGuard::CountTags(std::string_view text) {
     const auto count = static_cast<std::size_t>(std::count(text.begin(), text.end(), '<'));
     if (count > m_tagsLeft) {
-        throw CXmlFailure("There are more than 40,000 tags in it and what it includes.");
+        throw CXmlFailure("There are more than 10,000 tags in it and what it includes.");
     }
     m_tagsLeft -= count;
 }

@@ -61,7 +61,7 @@ public:
 
 private:
     static constexpr std::size_t LoadedBytes = std::size_t{64} << 20U;
-    static constexpr std::size_t MostTags = 40'000;
+    static constexpr std::size_t MostTags = 10'000;
 
     xmlParserInputPtr LoadAllowed(const std::string& url, xmlParserCtxtPtr context);
 
