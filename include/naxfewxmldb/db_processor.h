@@ -93,6 +93,11 @@ public:
     /// Takes schema and stylesheet from `mapper` from now on; not to be empty. To be called before
     /// the tables are made. What else is built in stays.
     void SetMapper(const std::shared_ptr<CXsdToDDLMapper>& mapper);
+    /// Why the tables that the mapper has made of its schema cannot be made in a database or take
+    /// records, and which; empty when they can. To be called after they were to be made. What a
+    /// definition does beside making a table (another statement, a query, a function) is a fault
+    /// with which no table is made at all.
+    std::string FindTableFault() const;
     /// Closes the connection and lets go of the shared objects. The object cannot be initialised
     /// again.
     void UnInitialize();
@@ -163,6 +168,7 @@ private:
     bool DB_CreateBackup(const std::string& dbFile, bool deleteSource) const;
     bool DB_Clenup();
     bool DB_Create_Scheme();
+    std::string FindTableFault(bool& refused) const;
     bool DB_Post_Update();
     bool DB_AddRecord(const char* tableName, const char* recordText);
     bool DB_AddQuery(const char* sql);

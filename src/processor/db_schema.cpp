@@ -6,6 +6,7 @@
 
 #include "database/bound_insert_runner.h"
 #include "database/own_transaction.h"
+#include "database/table_definitions.h"
 #include "platform/files.h"
 #include "processor/error_blocks.h"
 #include "processor/operation_names.h"
@@ -22,6 +23,7 @@ namespace Nax::FrontEnd::XMLDB {
 namespace {
 
 constexpr char kClass[] = "Nax::FrontEnd::XMLDB::CDBProcessor";
+constexpr std::size_t kMostTables = 1000; // thousands of them take minutes
 struct STableRename {
     const char* singular;
     const char* plural;
@@ -47,6 +49,10 @@ constexpr std::array kTableRenames = {
 bool CDBProcessor::DB_Create_Scheme() {
     bool result = m_mapper != nullptr && m_mapper->MapToDDL();
     NAX_TRACE(kClass, "MapToDDL: %d\n", static_cast<int>(result));
+    bool refused = false;
+    if (const std::string fault = result ? FindTableFault(refused) : std::string(); refused) {
+        return Error(kProcessError, "The tables cannot be made", fault.c_str());
+    }
     if (result) {
         for (const std::string& statement : m_mapper->GetDDL()) {
             result = DB_AddQuery(statement.c_str());
@@ -58,6 +64,45 @@ bool CDBProcessor::DB_Create_Scheme() {
     m_dataMapped = false;
     NAX_TRACE(kClass, "DB_Create_Scheme: %d\n", static_cast<int>(result));
     return result;
+}
+
+std::string CDBProcessor::FindTableFault() const {
+    bool refused = false;
+    return FindTableFault(refused);
+}
+
+std::string CDBProcessor::FindTableFault(bool& refused) const {
+    if (m_mapper->GetDDL().size() > kMostTables) {
+        refused = true;
+        return Format("there are %d tables, and 1000 are allowed",
+                      static_cast<int>(m_mapper->GetDDL().size()));
+    }
+    CTableDefinitions tables;
+    std::string first;
+    const auto note = [&](bool good, const std::string& what) {
+        if (!good && (first.empty() || (tables.IsRefused() && !refused))) {
+            first = what + ": " + tables.GetFailure();
+        }
+        refused = tables.IsRefused();
+    };
+    for (const std::string& statement : m_mapper->GetDDL()) {
+        note(tables.Define(statement),
+             "the table \"" + CQueryBuilder::ReadTableName(statement) + "\" cannot be made");
+    }
+    for (const STableRename& rename : kTableRenames) {
+        const auto table = m_mapper->GetTables().find(rename.singular);
+        if (table == m_mapper->GetTables().end() || table->second.empty()) {
+            continue;
+        }
+        std::string values = "(NULL";
+        for (std::size_t count = 1; count < table->second.size(); ++count) {
+            values += ",NULL";
+        }
+        note(tables.CanInsert(m_mapper->GetQueryBuilder().FormatInsertPrefix(table->first) +
+                              values + ')'),
+             "the table \"" + table->first + "\" cannot be filled");
+    }
+    return first;
 }
 
 bool CDBProcessor::DB_Commit() {

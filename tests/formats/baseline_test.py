@@ -56,6 +56,7 @@ class Baseline(unittest.TestCase):
             code, out, err = folder.run("--baseline", "b.json", "clean.xml")
             self.assertEqual((code, out), (2, ""))
             self.assertIn("line 1: ", err)
+            self.assertIn("larger than 128 MB", folder.run("--baseline", "/dev/zero", "clean.xml")[2])
 
     def test_known_findings_pass(self):
         """Whatever is found is known afterwards, from wherever the program is started."""

@@ -54,6 +54,7 @@ TEST(XmlFaultPlaces, PointAtTheAttributeOrTheElement) {
          3, 4, "&e;</Items></Root>"},
         {"<Root updated='u'>\n<Items>\n</Item>\n</Root>", 3, 8, "</Item>"},
         {"<Root updated='u'>\n<Items>\n\n", 2, 8, "<Items>"},
+        {"<Root updated='u'>\n<Items>ä\n\n ]]></Items></Root>", 4, 2, " ]]></Items></Root>"},
         {"<Root updated='u'>\n<Item a=1/></Root>", 2, 9, "<Item a=1/></Root>"},
     };
     const IXMLDOMDocument2Ptr document = ValidatingDocument(SmallSchema);

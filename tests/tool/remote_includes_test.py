@@ -32,6 +32,12 @@ def endless(handler):
         handler.wfile.write(b" " * 100000)
 
 
+def trailers(handler):
+    handler.wfile.write(b"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n")
+    for _ in range(1000):
+        handler.wfile.write(b"X: " + b"x" * 1000 + b"\r\n")
+
+
 def slow(handler):
     time.sleep(3)
     handler.send_text(200, landscape())
@@ -86,6 +92,8 @@ def answers(plain, secure):
         "/length": (text(200, big), ["--remote-max-size", "100KB"], 1, ["limit of 102400 bytes"]),
         "/endless": (endless, ["--remote-max-size", "100KB"], 1, ["limit of 102400 bytes"]),
         "/fits": (text(200, big), ["--remote-max-size", "300KB"], 1, ["violation", "!limit"]),
+        "/trailers": (trailers, [], 1, ["header, or a line of it, is too long"]),
+        "/header": (text(200, "", X="x" * 200000), [], 1, ["header, or a line of it, is too long"]),
         "/slow": (slow, ["--remote-timeout", "1"], 1, ["Timeout was reached, and the cache holds no copy"]),
         "/bomb": (text(200, gzip.compress(b" " * 10000000), Content_Encoding="gzip"), [], 1,
                   ["content encoding 'gzip'"]),

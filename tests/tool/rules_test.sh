@@ -164,6 +164,38 @@ cat >remote.xslt <<END
 END
 check 'remote stylesheet' 2 '' 'nothing is fetched from a network' -o new \
   --stylesheet remote.xslt "$clean"
+mkfifo pipe
+# Stylesheets of others: content of the template, then what is told of it.
+while IFS='|' read -r content told; do
+  cat >other.xslt <<END
+<xsl:stylesheet version="1.0" xmlns:xsl="http://www.w3.org/1999/XSL/Transform">
+<xsl:output method="text"/><xsl:template match="/">$content</xsl:template>
+<xsl:template name="t"><xsl:text>CREATE TABLE "t" (a TEXT, PRIMARY KEY(a)) </xsl:text></xsl:template>
+<xsl:template name="double"><xsl:param name="n"/><xsl:param name="text"/><xsl:value-of select="\$text"/>
+<xsl:if test="\$n &gt; 0"><xsl:call-template name="double"><xsl:with-param name="n" select="\$n - 1"/>
+<xsl:with-param name="text" select="concat(\$text, \$text)"/></xsl:call-template></xsl:if></xsl:template>
+</xsl:stylesheet>
+END
+  check "stylesheet: $content" 2 '' "'other.xslt' cannot be used: $told" \
+    -o new --stylesheet other.xslt "$clean"
+done <<'END'
+<xsl:call-template name="t"/>; ATTACH DATABASE "new" AS n;|the table "t" cannot be made: not allowed: another statement
+CREATE TABLE t AS SELECT 1|the table "t" cannot be made: not allowed: a query
+CREATE TABLE "t" (a TEXT CHECK(hex(a)), PRIMARY KEY(a))|the table "t" cannot be made: not allowed: a function
+<xsl:for-each select="//@*"><xsl:for-each select="/*/*"><xsl:call-template name="t"/></xsl:for-each></xsl:for-each>|there are
+<xsl:value-of select="document('pipe')"/>|The transformation failed.
+<xsl:value-of select="count(//@*[count(//@*[. = //@*]) = 0])"/>|The transformation takes more than 20,000,000 steps.
+<xsl:call-template name="double"><xsl:with-param name="n" select="40"/><xsl:with-param name="text" select="//@*"/></xsl:call-template>|The transformation takes more than 256 MB of memory.
+END
+# Schemas of others: what stands in place of an attribute, then what is told of it.
+while IFS='|' read -r from to told; do
+  sed "s|$from|$to|" owner.xsd >other.xsd
+  check "schema: $to" 2 '' "$told" -o new --schema other.xsd "$clean"
+done <<'END'
+name="sncop"|name="HOST"|the table "Service" cannot be made: duplicate column name: HOST
+name="sncop"|name="select"|the table "Service" cannot be filled: near "select"
+http://www.w3.org/2001/xml.xsd|pipe|is a pipe or a device
+END
 check 'missing schema' 2 '' "cannot read 'none.xsd'" schema print --schema none.xsd
 "$tool" schema print --schema owner.xsd | cmp - owner.xsd || failed=$((failed + 1))
 

@@ -47,11 +47,13 @@ std::string WhyNoRoot(const std::string& text) {
                      (error ? ": " + error.message() : std::string());
 }
 
+constexpr std::size_t kMaxCertificates = std::size_t{16} << 20U;
+
 /// Told before the run instead of with each file that cannot be fetched.
 std::string WhyNoCertificates(const std::string& path) {
     std::string text;
     std::string reason;
-    if (!ReadFile(path, text, reason)) {
+    if (!ReadFile(path, text, reason, kMaxCertificates)) {
         return "cannot read '" + path + "': " + reason;
     }
     return text.find("CERTIFICATE-----") != std::string::npos

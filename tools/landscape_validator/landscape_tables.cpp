@@ -3,6 +3,10 @@
 
 #include "dom_nodes.h"
 
+#include <algorithm>
+#include <utility>
+#include <vector>
+
 namespace LandscapeValidator {
 
 using namespace Nax::FrontEnd::XMLDB;
@@ -28,24 +32,35 @@ std::string LocalName(const std::string& qualified) {
     return qualified.substr(qualified.find(':') + 1);
 }
 
-/// Collects the attribute declarations below `node` for the nearest named element around them.
-void CollectAttributes(IXMLDOMNode* node, const std::string& element, Elements& elements) {
-    ForEachChild(node, [&](IXMLDOMNode* child) {
-        const std::string kind = LocalName(NameOf(child));
-        const std::string name = AttributeOf(child, L"name");
+/// Collects the attribute declarations of a document, each for the nearest named element around
+/// it. A schema may be as deep as any document, so the way back up is kept here.
+void CollectAttributes(IXMLDOMNode* document, Elements& elements) {
+    std::vector<std::pair<IXMLDOMNodePtr, std::string>> open;
+    open.emplace_back(document, std::string());
+    while (!open.empty()) {
+        const IXMLDOMNodePtr node = open.back().first;
+        std::string element = std::move(open.back().second);
+        open.pop_back();
+        const std::string kind = LocalName(NameOf(node));
+        const std::string name = AttributeOf(node, L"name");
         if (kind == "attribute" && !name.empty()) {
-            elements[element][name] = AttributeOf(child, L"use") == "required" ||
-                                      LocalName(AttributeOf(child, L"type")) == "GUID";
+            elements[element][name] = AttributeOf(node, L"use") == "required" ||
+                                      LocalName(AttributeOf(node, L"type")) == "GUID";
         }
-        CollectAttributes(child, kind == "element" && !name.empty() ? name : element, elements);
-    });
+        if (kind == "element" && !name.empty()) {
+            element = name;
+        }
+        const std::size_t first = open.size();
+        ForEachChild(node, [&](IXMLDOMNode* child) { open.emplace_back(child, element); });
+        std::reverse(open.begin() + static_cast<std::ptrdiff_t>(first), open.end());
+    }
 }
 
 Elements ReadSchema(const CDBProcessor& processor) {
     Elements elements;
     if (const IXMLDOMDocument2Ptr document =
             processor.GetMapper()->GetXsdDocument().GetDocument()) {
-        CollectAttributes(document, "", elements);
+        CollectAttributes(document, elements);
     }
     return elements;
 }

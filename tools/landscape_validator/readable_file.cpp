@@ -3,6 +3,8 @@
 
 #include "printable.h"
 
+#include <fmt/format.h>
+
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
@@ -32,7 +34,8 @@ std::string WhyUnreadable(const std::string& path, Pipes pipes) {
     return file ? std::string() : std::generic_category().message(errno);
 }
 
-bool ReadFile(const std::string& path, std::string& content, std::string& reason) {
+bool ReadFile(const std::string& path, std::string& content, std::string& reason,
+              std::size_t limit) {
     constexpr std::size_t kBlock = std::size_t{1} << 16U;
     errno = 0;
     std::ifstream file(path, std::ios::binary);
@@ -42,6 +45,10 @@ bool ReadFile(const std::string& path, std::string& content, std::string& reason
     while (file && (file.read(block.data(), static_cast<std::streamsize>(block.size())) ||
                     file.gcount() > 0)) {
         content.append(block, 0, static_cast<std::size_t>(file.gcount()));
+        if (content.size() > limit) {
+            reason = fmt::format("it is larger than {} MB", limit >> 20U);
+            return false;
+        }
     }
     if (file.is_open() && !file.bad()) {
         return true;

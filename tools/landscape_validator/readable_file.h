@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstddef>
+#include <limits>
 #include <string>
 
 namespace LandscapeValidator {
@@ -13,7 +15,9 @@ enum class Pipes {
 /// Why a file that the user named cannot be read; empty when it can.
 std::string WhyUnreadable(const std::string& path, Pipes pipes = Pipes::Refused);
 
-/// Reads a whole file; false with the system's reason when that fails anywhere in it.
-bool ReadFile(const std::string& path, std::string& content, std::string& reason);
+/// Reads a whole file; false with the reason when that fails anywhere in it, or when it has more
+/// than `limit` bytes, as what a device gives may have.
+bool ReadFile(const std::string& path, std::string& content, std::string& reason,
+              std::size_t limit = std::numeric_limits<std::size_t>::max());
 
 } // namespace LandscapeValidator

@@ -122,6 +122,9 @@ std::string WhyNoTables(const SSchemaFiles& files) {
     CDBProcessor processor(true, Normal, _bstr_t(), _bstr_t());
     processor.SetMapper(mapper);
     processor.InitializeInMemory();
+    if (failure = processor.FindTableFault(); !failure.empty()) {
+        return failure;
+    }
     const std::string missing = MissingTable(processor);
     return missing.empty() ? std::string() : "it gives no table " + missing;
 }

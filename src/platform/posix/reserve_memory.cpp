@@ -16,6 +16,7 @@ namespace Nax::FrontEnd::XMLDB::ReserveMemory {
 namespace {
 
 thread_local std::uint64_t t_failures = 0;
+thread_local CBound* t_bound = nullptr;
 
 constexpr std::size_t kReserve = std::size_t{8} << 20U;
 
@@ -74,10 +75,36 @@ void* AfterFailure(std::size_t size) noexcept {
     return g_reserve.Take(size);
 }
 
+/// What the reserve holds is not counted.
+void Count(void* block, bool isNew) noexcept {
+    if (t_bound != nullptr && block != nullptr && !g_reserve.Holds(block)) {
+        t_bound->Count(block, isNew);
+    }
+}
+
 } // namespace
+
+CBound::CBound(std::size_t bytes, TAction onExceeded, void* context) noexcept
+    : m_left(static_cast<std::int64_t>(bytes)), m_onExceeded(onExceeded), m_context(context) {
+    t_bound = this;
+}
+
+CBound::~CBound() {
+    t_bound = nullptr;
+}
+
+void CBound::Count(void* block, bool isNew) noexcept {
+    const auto size = static_cast<std::int64_t>(malloc_usable_size(block));
+    m_left -= isNew ? size : -size;
+    if (isNew && m_left < 0) {
+        m_exceeded = true;
+        m_onExceeded(m_context);
+    }
+}
 
 void Free(void* block) noexcept {
     if (!g_reserve.Holds(block)) {
+        Count(block, false);
         std::free(block);
     } else {
         g_reserve.GiveBack();
@@ -86,12 +113,15 @@ void Free(void* block) noexcept {
 
 void* Allocate(std::size_t size) noexcept {
     void* const block = std::malloc(size);
+    Count(block, true);
     return block != nullptr || size == 0 ? block : AfterFailure(size);
 }
 
 void* Reallocate(void* block, std::size_t size) noexcept {
     const bool reserved = g_reserve.Holds(block);
+    Count(block, false);
     void* moved = reserved ? std::malloc(size) : std::realloc(block, size);
+    Count(moved, true);
     if (moved == nullptr && size != 0) {
         moved = AfterFailure(size);
         if (moved != nullptr && block != nullptr && !reserved) {

@@ -82,7 +82,8 @@ std::shared_ptr<const CXmlCompiledSchema> CXmlCompiledSchema::Compile(const std:
     }
     TDocHandle document = ParsePlain(text, url);
     CFirstError errors;
-    const CXmlLibraryGuard guard(EXmlLoading::LocalFiles, &errors);
+    CXmlLibraryGuard guard(EXmlLoading::Definitions, &errors);
+    guard.CountTags(text);
     const TSchemaParserHandle parser(xmlSchemaNewDocParserCtxt(document.get()));
     TSchemaHandle schema(parser == nullptr ? nullptr : xmlSchemaParse(parser.get()));
     if (schema == nullptr) {

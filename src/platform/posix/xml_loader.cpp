@@ -174,7 +174,20 @@ xmlParserInputPtr CXmlLibraryGuard::LoadAllowed(const std::string& url, xmlParse
         throw CXmlFailure("The file \"" + path + "\" is not loaded.");
     }
     m_hasLoadedFiles = true;
-    return NewInput(context, ReadWholeFile(path), url);
+    const std::string text = ReadWholeFile(path, m_bytesLeft);
+    m_bytesLeft -= text.size();
+    if (m_loading == EXmlLoading::Definitions) {
+        CountTags(text);
+    }
+    return NewInput(context, text, url);
+}
+
+void CXmlLibraryGuard::CountTags(std::string_view text) {
+    const auto count = static_cast<std::size_t>(std::count(text.begin(), text.end(), '<'));
+    if (count > m_tagsLeft) {
+        throw CXmlFailure("There are more than 10,000 tags in it and what it includes.");
+    }
+    m_tagsLeft -= count;
 }
 
 void CXmlLibraryGuard::AppendMessage(std::string_view text) noexcept {

@@ -3,6 +3,7 @@
 
 #include <libxml/parser.h>
 #include <libxml/xmlerror.h>
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,8 +22,9 @@ public:
 
 /// What the XML library may load by itself.
 enum class EXmlLoading {
-    Nothing,    ///< not even what a document names: no DTD, no external entity
-    LocalFiles, ///< schemas and stylesheets that include others, document()
+    Nothing,     ///< not even what a document names: no DTD, no external entity
+    Definitions, ///< schemas and stylesheets that include others
+    Data,        ///< what document() names
 };
 
 /// While an object lives, whatever the XML and XSLT libraries do on the calling thread is under
@@ -51,8 +53,16 @@ public:
     static CXmlLibraryGuard* Current() noexcept;
     xmlParserInputPtr Load(const char* url, xmlParserCtxtPtr context) noexcept;
     void AppendMessage(std::string_view text) noexcept;
+    /// Throws CXmlFailure when the schema or stylesheet and what it includes have too many tags all
+    /// together: the libraries follow types to their bases and the like by recursion, in quadratic
+    /// time.
+    void CountTags(std::string_view text);
+    void SetLoading(EXmlLoading loading) noexcept { m_loading = loading; }
 
 private:
+    static constexpr std::size_t LoadedBytes = std::size_t{64} << 20U;
+    static constexpr std::size_t MostTags = 10'000;
+
     xmlParserInputPtr LoadAllowed(const std::string& url, xmlParserCtxtPtr context);
 
     EXmlLoading m_loading;
@@ -64,6 +74,8 @@ private:
     void* m_outerGenericContext;
     std::vector<std::string> m_failedLoads;
     bool m_hasLoadedFiles = false;
+    std::size_t m_bytesLeft = LoadedBytes; ///< of all files together
+    std::size_t m_tagsLeft = MostTags;
     std::string m_messages;
 };
 

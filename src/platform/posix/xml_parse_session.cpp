@@ -168,7 +168,7 @@ bool CXmlParseSession::TakesStart(int namespaceCount, int defaulted, int count,
 void CXmlParseSession::SetFatal(int code, std::string reason) {
     if (!m_fatal) {
         const std::size_t offset =
-            m_parser == nullptr || Input() == nullptr ? SXmlFault::NoOffset : Offset();
+            m_parser == nullptr || Input() == nullptr ? SXmlFault::NoOffset : OffsetOfFatal(code);
         m_fatal = SXmlFault{.code = code == 0 ? XML_ERR_INTERNAL_ERROR : code,
                             .reason = std::move(reason),
                             .offset = offset};
@@ -177,6 +177,17 @@ void CXmlParseSession::SetFatal(int code, std::string reason) {
             LeaveNothingToRead();
         }
     }
+}
+
+/// The parser stands where it found the fault, except that it finds the end of a section before it
+/// has taken the text in front of it.
+std::size_t CXmlParseSession::OffsetOfFatal(int code) const {
+    constexpr std::string_view sectionEnd = "]]>";
+    const xmlParserInputPtr input = Input();
+    if (code != XML_ERR_MISPLACED_CDATA_END || m_parser->inputNr != 1) {
+        return Offset();
+    }
+    return OffsetOf(std::search(input->cur, input->end, sectionEnd.begin(), sectionEnd.end()));
 }
 
 /// Nothing more is reported, read or expanded, so the parser comes to its end with what it has

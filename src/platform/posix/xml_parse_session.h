@@ -62,6 +62,7 @@ protected:
         }
     }
     void SetFatal(int code, std::string reason);
+    std::size_t OffsetOfFatal(int code) const;
     /// False, and a fault, when a start tag brings too many attributes or namespaces, be it with
     /// the document type's help.
     bool TakesStart(int namespaceCount, int defaulted, int count, const xmlChar** attributes);

@@ -26,8 +26,8 @@ std::string SystemReason(int code) {
     return std::generic_category().message(code);
 }
 
-int OpenForReading(const std::string& path) {
-    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
+int OpenForReading(const std::string& path, int flags = 0) {
+    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | flags);
     if (file < 0) {
         throw CXmlFailure("The file \"" + path + "\" cannot be opened: " + SystemReason(errno) +
                           ".");
@@ -47,7 +47,7 @@ int OpenTemporaryFile() {
     return file;
 }
 
-std::string ReadAll(int file, const std::string& path) {
+std::string ReadAll(int file, const std::string& path, std::size_t limit) {
     std::string text;
     std::vector<char> chunk(ChunkSize);
     for (;;) {
@@ -57,6 +57,9 @@ std::string ReadAll(int file, const std::string& path) {
         }
         if (count > 0) {
             text.append(chunk.data(), static_cast<std::size_t>(count));
+            if (text.size() > limit) {
+                throw CXmlFailure("The file \"" + path + "\" is too large to be loaded here.");
+            }
         } else if (errno != EINTR) {
             throw CXmlFailure("The file \"" + path + "\" cannot be read: " + SystemReason(errno) +
                               ".");
@@ -269,12 +272,17 @@ std::string CXmlSource::Declaration() {
     return std::string(XmlDeclarationIn({head, static_cast<std::size_t>(std::max(size, 0))}));
 }
 
-std::string ReadWholeFile(const std::string& path) {
+std::string ReadWholeFile(const std::string& path, std::size_t limit) {
     struct SFile {
         int handle;
         ~SFile() { ::close(handle); }
-    } const file{OpenForReading(path)};
-    return ReadAll(file.handle, path);
+    } const file{OpenForReading(path, O_NONBLOCK)}; // a pipe without a writer is not waited for
+    struct stat status = {};
+    if (::fstat(file.handle, &status) == 0 && !S_ISREG(status.st_mode) &&
+        !S_ISDIR(status.st_mode)) {
+        throw CXmlFailure("\"" + path + "\" is a pipe or a device, not a file.");
+    }
+    return ReadAll(file.handle, path, limit);
 }
 
 } // namespace Nax::FrontEnd::XMLDB

@@ -73,7 +73,8 @@ private:
     std::string m_failure;
 };
 
-/// The bytes of a whole file as they are; throws CXmlFailure.
-std::string ReadWholeFile(const std::string& path);
+/// The bytes of a whole file as they are; throws CXmlFailure, also for more than `limit` bytes and
+/// for what is no regular file.
+std::string ReadWholeFile(const std::string& path, std::size_t limit);
 
 } // namespace Nax::FrontEnd::XMLDB

@@ -22,6 +22,8 @@ namespace {
 
 using nlohmann::json;
 
+constexpr std::size_t kMaxSize = std::size_t{128} << 20U;
+
 /// What is wrong with a baseline, with its line as far as it is known.
 class CBaselineFault : public std::runtime_error {
 public:
@@ -232,7 +234,7 @@ bool ReadBaseline(const std::string& path, SBaseline& baseline, std::string& rea
         return false;
     }
     std::string text;
-    if (!ReadFile(path, text, reason)) {
+    if (!ReadFile(path, text, reason, kMaxSize)) {
         return false;
     }
     try {

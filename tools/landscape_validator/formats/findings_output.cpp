@@ -328,11 +328,11 @@ void CFindingsOutput::WriteFacts(const SRunOutcome& run, const SReport* report) 
 
 void CFindingsOutput::WritePaths(std::ostream& stream, const SRunOutcome& run) const {
     if (m_written) {
-        stream << "Baseline: " << m_report.writeBaseline << " (" << *m_written
+        stream << "Baseline: " << Printable(m_report.writeBaseline) << " (" << *m_written
                << (*m_written == 1 ? " entry)\n" : " entries)\n");
     }
-    stream << run.collected << "Database: " << run.database << '\n'
-           << (run.pageWritten ? "Report: " + run.page + '\n' : "");
+    stream << run.collected << "Database: " << Printable(run.database) << '\n'
+           << (run.pageWritten ? "Report: " + Printable(run.page) + '\n' : "");
 }
 
 ExitCode CFindingsOutput::ExitCodeOf(const SRunOutcome& run, const SReport* report) const {

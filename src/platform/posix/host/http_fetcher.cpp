@@ -2,12 +2,16 @@
 #include "platform/http_fetcher.h"
 
 #include "crypto_memory.h"
+#include "reserve_memory.h"
 #include "utf8_locale.h"
+
+#include <naxfewxmldb/memory.h>
 
 #include <curl/curl.h>
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <utility>
 
 namespace Nax::FrontEnd::XMLDB {
@@ -23,12 +27,27 @@ struct SHandleDeleter {
 using Handle = std::unique_ptr<CURL, SHandleDeleter>;
 using List = std::unique_ptr<curl_slist, SHandleDeleter>;
 
+constexpr std::size_t kHeaderLimit = 300'000;
+
 /// The body as it arrives.
 struct SBody {
     std::string text;
     std::size_t limit = 0;
     bool tooLarge = false;
+    std::size_t headerSize = 0; ///< with what stands behind the body
 };
+
+// What the library lacks in memory is counted; what it calls that beside is something else.
+void* AllocateZeros(std::size_t count, std::size_t size) {
+    void* const block = ReserveMemory::Allocate(count * size);
+    return block == nullptr ? nullptr : std::memset(block, 0, count * size);
+}
+
+char* Duplicate(const char* text) {
+    const std::size_t size = std::strlen(text) + 1;
+    void* const copy = ReserveMemory::Allocate(size);
+    return copy == nullptr ? nullptr : static_cast<char*>(std::memcpy(copy, text, size));
+}
 
 std::size_t TakeBody(char* data, std::size_t size, std::size_t count, void* target) {
     SBody& body = *static_cast<SBody*>(target);
@@ -39,6 +58,13 @@ std::size_t TakeBody(char* data, std::size_t size, std::size_t count, void* targ
     }
     body.text.append(data, bytes);
     return bytes;
+}
+
+/// The library keeps every line of it, and bounds those in front of the body only.
+std::size_t TakeHeader(char* /*data*/, std::size_t size, std::size_t count, void* target) {
+    std::size_t& headerSize = static_cast<SBody*>(target)->headerSize;
+    headerSize += size * count;
+    return headerSize > kHeaderLimit ? 0 : size * count;
 }
 
 void AddHeader(List& headers, const std::string& name, const std::string& value) {
@@ -91,7 +117,8 @@ class CHttpFetcher : public IHttpFetcher {
 public:
     explicit CHttpFetcher(std::string certificates) : m_certificates(std::move(certificates)) {
         InstallCryptoMemory();
-        curl_global_init(CURL_GLOBAL_DEFAULT);
+        curl_global_init_mem(CURL_GLOBAL_DEFAULT, ReserveMemory::Allocate, ReserveMemory::Free,
+                             ReserveMemory::Reallocate, Duplicate, AllocateZeros);
         m_handle.reset(curl_easy_init());
     }
     CHttpFetcher(const CHttpFetcher&) = delete;
@@ -115,12 +142,16 @@ public:
         std::array<char, CURL_ERROR_SIZE> error = {};
         SetUp(request, body, headers.get(), error.data());
         const CUtf8Locale forHostNames;
+        const std::uint64_t lacking = GetFailedAllocations();
         const CURLcode code = curl_easy_perform(m_handle.get());
         ReadAnswer(code, answer);
         if (body.tooLarge || code == CURLE_FILESIZE_EXCEEDED) {
             answer.outcome = HttpOutcome::Refused;
             answer.reason =
                 "it is larger than the limit of " + std::to_string(request.maxSize) + " bytes";
+        } else if (body.headerSize > kHeaderLimit ||
+                   (code == CURLE_OUT_OF_MEMORY && GetFailedAllocations() == lacking)) {
+            answer.reason = "its header, or a line of it, is too long";
         } else if (code != CURLE_OK) {
             answer.reason = ReasonOf(code, error.data());
         }
@@ -147,6 +178,8 @@ private:
                          static_cast<curl_off_t>(request.maxSize));
         curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, TakeBody);
         curl_easy_setopt(handle, CURLOPT_WRITEDATA, &body);
+        curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, TakeHeader);
+        curl_easy_setopt(handle, CURLOPT_HEADERDATA, &body);
         curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headers);
         curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, error);
         if (!m_certificates.empty()) {
