@@ -66,9 +66,11 @@ bool CDBProcessor::DB_Create_Scheme() {
     return result;
 }
 
-std::string CDBProcessor::FindTableFault() const {
+std::string CDBProcessor::FindTableFault() const try {
     bool refused = false;
-    return FindTableFault(refused);
+    return m_mapper == nullptr ? std::string("there is no schema") : FindTableFault(refused);
+} catch (...) {
+    return "out of memory";
 }
 
 std::string CDBProcessor::FindTableFault(bool& refused) const {

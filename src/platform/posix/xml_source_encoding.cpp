@@ -90,7 +90,7 @@ std::string AngleBracketIn(const std::string& encoding) {
     std::size_t outputLeft = bytes.size();
     iconv(handle, &input, &inputLeft, &output, &outputLeft);
     iconv_close(handle);
-    const std::string text(bytes.data(), bytes.size() - outputLeft);
+    std::string text(bytes.data(), bytes.size() - outputLeft);
     for (const SSignature& signature : Signatures) {
         if (signature.markLength > 0 && text.starts_with(signature.bytes)) {
             return text.substr(signature.markLength);
